@@ -1,0 +1,53 @@
+# The two commands: `make demo` and `make test`. Both install what is missing.
+JAVA_HOME ?= /usr/lib/jvm/java-17-openjdk-amd64
+export JAVA_HOME
+JOBS ?= $(shell nproc)
+XVFB := xvfb-run -a -s "-screen 0 1280x1024x24"
+
+.PHONY: all deps build demo test test-default test-asan test-tsan bench format clean
+
+all: build
+
+deps:
+	@scripts/install-deps.sh base
+
+build: deps
+	cmake --preset default >/dev/null
+	cmake --build --preset default -j $(JOBS)
+
+demo: build
+	$(XVFB) scripts/demo.sh build demo-out
+
+test: test-default test-asan test-tsan
+	@echo "All test builds passed."
+
+test-default: build
+	cd build && $(XVFB) ctest --output-on-failure -j $(JOBS)
+
+# The JVM does not run under the sanitizers' runtimes: Java tests run in the
+# default build only.
+test-asan: deps
+	cmake --preset asan >/dev/null
+	cmake --build --preset asan -j $(JOBS)
+	cd build-asan && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
+	  LSAN_OPTIONS=suppressions=$(CURDIR)/tests/lsan.supp UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+	  $(XVFB) ctest --output-on-failure -j $(JOBS) -LE java
+
+# Only the tests labelled "tsan" are built in this configuration.
+test-tsan: deps
+	cmake --preset tsan >/dev/null
+	cmake --build --preset tsan -j $(JOBS)
+	cd build-tsan && TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
+	  ctest --output-on-failure -j $(JOBS) -L tsan
+
+bench:
+	@scripts/install-deps.sh bench
+	cmake --preset bench >/dev/null
+	cmake --build --preset bench -j $(JOBS)
+	$(XVFB) scripts/bench.sh build-bench
+
+format:
+	git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+clean:
+	rm -rf build build-asan build-tsan build-bench demo-out

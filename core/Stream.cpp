@@ -1,0 +1,215 @@
+#include "core/Stream.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "core/Memory.h"
+
+int Stream::write(void*, unsigned int) { return 0; }
+int Stream::skip(unsigned int count) { return read(nullptr, count); }
+int Stream::rewind() { return 0; }
+void Stream::flush() {}
+bool Stream::isAtEnd() const { return false; }
+
+// ---- FileStream
+
+FileStream::FileStream(const char* path, FileMode mode) {
+  char flags[4];
+  int n = 0;
+  if (mode & FILE_MODE_READ) flags[n++] = 'r';
+  if (mode & FILE_MODE_WRITE) flags[n++] = 'w';
+  flags[n++] = 'b';
+  flags[n] = '\0';
+  // Mode 0 gives "b", which fopen refuses.
+  mFile = path != nullptr ? fopen(path, flags) : nullptr;
+  if (mFile != nullptr) {
+    fseek(mFile, 0, SEEK_END);
+    long end = ftell(mFile);
+    mLength = end > 0 ? static_cast<unsigned int>(end) : 0;
+    fseek(mFile, 0, SEEK_SET);
+  }
+}
+
+FileStream::~FileStream() { close(); }
+
+int FileStream::read(void* buffer, unsigned int size) {
+  if (mFile == nullptr) return 0;
+  if (buffer != nullptr) return static_cast<int>(fread(buffer, 1, size, mFile));
+  if (ftell(mFile) < 0) return 0;
+  if (fseek(mFile, static_cast<long>(size), SEEK_CUR) != 0) return 0;
+  return static_cast<int>(size);
+}
+
+int FileStream::write(void* buffer, unsigned int size) {
+  if (mFile == nullptr || buffer == nullptr || size == 0) return 0;
+  return static_cast<int>(fwrite(buffer, 1, size, mFile));
+}
+
+long long FileStream::seek(long long offset, SeekOrign origin) {
+  if (mFile == nullptr) return 0;
+  // Only the low 32 bits of the offset take part.
+  return fseek(mFile, static_cast<long>(static_cast<int32_t>(offset)), static_cast<int>(origin));
+}
+
+int FileStream::rewind() {
+  if (mFile == nullptr) return 0;
+  ::rewind(mFile);
+  return 1;
+}
+
+unsigned int FileStream::getLength() { return mLength; }
+
+void FileStream::flush() {
+  if (mFile != nullptr) fflush(mFile);
+}
+
+int FileStream::close() {
+  if (mFile != nullptr) {
+    fclose(mFile);
+    mFile = nullptr;
+  }
+  return 0;
+}
+
+// ---- MemoryStream
+
+MemoryStream::MemoryStream(void* buffer, unsigned int size)
+    : mBuffer(static_cast<unsigned char*>(buffer)), mCapacity(buffer != nullptr ? size : 0) {}
+
+MemoryStream::MemoryStream(unsigned int size)
+    : mBuffer(static_cast<unsigned char*>(galloc_malloc(size))), mOwnsBuffer(true) {
+  mCapacity = mBuffer != nullptr ? size : 0;
+}
+
+MemoryStream::~MemoryStream() { close(); }
+
+int MemoryStream::read(void* buffer, unsigned int size) {
+  if (mBuffer == nullptr || buffer == nullptr || size == 0) return -1;
+  unsigned int count = size > mCapacity - mPosition ? mCapacity - mPosition : size;
+  memcpy(buffer, mBuffer + mPosition, count);
+  mPosition += count;
+  return static_cast<int>(count);
+}
+
+int MemoryStream::write(void* buffer, unsigned int size) {
+  if (mBuffer == nullptr || buffer == nullptr || size == 0) return -1;
+  unsigned int count = size > mCapacity - mPosition ? mCapacity - mPosition : size;
+  memcpy(mBuffer + mPosition, buffer, count);
+  mPosition += count;
+  return static_cast<int>(count);
+}
+
+long long MemoryStream::seek(long long offset, SeekOrign origin) {
+  if (mBuffer == nullptr) return -1;
+  long long old = mPosition;
+  long long target;
+  switch (origin) {
+    case SEEK_ORIGN_BEGIN:
+      target = offset;
+      break;
+    case SEEK_ORIGN_CURRENT:
+    case SEEK_ORIGN_END:  // measured from the current position, not the end
+      target = old + offset;
+      break;
+    default:
+      target = old;
+      break;
+  }
+  long long clamped = target < 0 ? 0 : (target > mCapacity ? mCapacity : target);
+  mPosition = static_cast<unsigned int>(clamped);
+  return target - old;
+}
+
+int MemoryStream::rewind() {
+  if (mBuffer == nullptr) return 0;
+  mPosition = 0;
+  return 1;
+}
+
+unsigned int MemoryStream::getLength() { return mCapacity; }
+
+int MemoryStream::close() {
+  if (mOwnsBuffer && mBuffer != nullptr) galloc_free(mBuffer);
+  mBuffer = nullptr;
+  mCapacity = 0;
+  mPosition = 0;
+  mOwnsBuffer = false;
+  return 0;
+}
+
+// ---- StreamReader / StreamWriter
+
+StreamReader::StreamReader(Stream* stream) : mStream(stream) {}
+StreamReader::StreamReader(auto_ptr<Stream>& stream) : mStream(stream) {}
+
+int StreamReader::read(void* buffer, unsigned int size) {
+  return mStream != nullptr ? mStream->read(buffer, size) : -1;
+}
+int StreamReader::write(void* buffer, unsigned int size) {
+  return mStream != nullptr ? mStream->write(buffer, size) : 0;
+}
+long long StreamReader::seek(long long offset, SeekOrign origin) {
+  return mStream != nullptr ? mStream->seek(offset, origin) : 0;
+}
+unsigned int StreamReader::getLength() { return mStream != nullptr ? mStream->getLength() : 0; }
+void StreamReader::flush() {
+  if (mStream != nullptr) mStream->flush();
+}
+int StreamReader::close() { return mStream != nullptr ? mStream->close() : 0; }
+
+signed char StreamReader::readByte() {
+  if (mStream == nullptr) return 0;
+  signed char v = 0;
+  mStream->read(&v, sizeof(v));
+  return v;
+}
+
+short StreamReader::readShortInt() {
+  if (mStream == nullptr) return 0;
+  short v = 0;
+  mStream->read(&v, sizeof(v));
+  return v;
+}
+
+int StreamReader::readInt() {
+  if (mStream == nullptr) return 0;
+  int v = 0;
+  mStream->read(&v, sizeof(v));
+  return v;
+}
+
+StreamWriter::StreamWriter(Stream* stream) : mStream(stream) {}
+StreamWriter::StreamWriter(auto_ptr<Stream>& stream) : mStream(stream) {}
+
+int StreamWriter::read(void* buffer, unsigned int size) {
+  return mStream != nullptr ? mStream->read(buffer, size) : -1;
+}
+int StreamWriter::write(void* buffer, unsigned int size) {
+  return mStream != nullptr ? mStream->write(buffer, size) : 0;
+}
+long long StreamWriter::seek(long long offset, SeekOrign origin) {
+  return mStream != nullptr ? mStream->seek(offset, origin) : 0;
+}
+unsigned int StreamWriter::getLength() { return mStream != nullptr ? mStream->getLength() : 0; }
+void StreamWriter::flush() {
+  if (mStream != nullptr) mStream->flush();
+}
+int StreamWriter::close() { return mStream != nullptr ? mStream->close() : 0; }
+
+int StreamWriter::writeByte(signed char value) {
+  if (mStream == nullptr) return 0;
+  mStream->write(&value, sizeof(value));
+  return 1;
+}
+
+int StreamWriter::writeShortInt(short value) {
+  if (mStream == nullptr) return 0;
+  mStream->write(&value, sizeof(value));
+  return 1;
+}
+
+int StreamWriter::writeInt(int value) {
+  if (mStream == nullptr) return 0;
+  mStream->write(&value, sizeof(value));
+  return 1;
+}

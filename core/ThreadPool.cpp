@@ -1,0 +1,76 @@
+#include "core/ThreadPool.h"
+
+#include <sched.h>
+
+ThreadWorker::ThreadWorker(ThreadPool* owner) : pool(owner) {}
+
+void ThreadWorker::startWork() {
+  working.store(true);
+  start();
+}
+
+void ThreadWorker::stopWork() { working.store(false); }
+
+void ThreadWorker::run() {
+  if (pool == nullptr || !working.load()) return;
+  do {
+    pool->queueLock.lock();
+    while (working.load() && pool->tasks.empty()) pool->taskAvailable.wait(pool->queueLock);
+    if (pool->tasks.empty()) {
+      // Woken to stop.
+      pool->queueLock.unlock();
+      break;
+    }
+    auto_ptr<IRunnable> task = pool->tasks.front();
+    pool->tasks.erase(pool->tasks.begin());
+    pool->queueLock.unlock();
+    if (task != nullptr) task->run();
+  } while (working.load());
+}
+
+ThreadPool::ThreadPool(int count) : threadCount(count) {
+  for (int i = 0; i < count; ++i) workers.push_back(auto_ptr<ThreadWorker>(new ThreadWorker(this)));
+}
+
+ThreadPool::~ThreadPool() { shutdown(); }
+
+void ThreadPool::start() {
+  for (auto& worker : workers) worker->startWork();
+}
+
+int ThreadPool::submit(IRunnable* task) {
+  auto_ptr<IRunnable> held(task);
+  return submit(held);
+}
+
+int ThreadPool::submit(auto_ptr<IRunnable>& task) {
+  queueLock.lock();
+  tasks.push_back(task);
+  queueLock.unlock();
+  return taskAvailable.signal();
+}
+
+void ThreadPool::shutdown() {
+  bool anyWorking = false;
+  for (auto& worker : workers) anyWorking = anyWorking || worker->isWorking();
+  // Without running workers the queue would never drain.
+  while (anyWorking) {
+    queueLock.lock();
+    bool drained = tasks.empty();
+    queueLock.unlock();
+    if (drained) break;
+    sched_yield();
+  }
+
+  queueLock.lock();
+  for (auto& worker : workers) worker->stopWork();
+  taskAvailable.broadcast();
+  queueLock.unlock();
+  for (auto& worker : workers) worker->join();
+  workers.clear();
+
+  queueLock.lock();
+  std::vector<auto_ptr<IRunnable>> left;
+  left.swap(tasks);
+  queueLock.unlock();
+}
