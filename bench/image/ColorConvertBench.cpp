@@ -158,8 +158,8 @@ void BM_Libyuv_NV21ToI420_as_YV12(benchmark::State& state) {
   Frame& f = frame(state.range(0), state.range(1));
   const size_t n = static_cast<size_t>(f.w) * f.h;
   for (auto _ : state) {
-    libyuv::NV21ToI420(f.nv21.data(), f.w, f.nv21.data() + n, f.w, f.out.data(), f.w, f.out.data() + n + n / 4,
-                       f.w / 2, f.out.data() + n, f.w / 2, f.w, f.h);
+    libyuv::NV21ToI420(f.nv21.data(), f.w, f.nv21.data() + n, f.w, f.out.data(), f.w,
+                       f.out.data() + n + n / 4, f.w / 2, f.out.data() + n, f.w / 2, f.w, f.h);
     benchmark::ClobberMemory();
   }
   setPixels(state, f);
