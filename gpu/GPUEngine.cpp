@@ -101,8 +101,11 @@ bool GPUEngine::setup() {
 
   EGLSurface surf = EGL_NO_SURFACE;
   if (gc->window != nullptr) {
-    ANativeWindow_setBuffersGeometry(gc->window, 0, 0, visual);
-    surf = eglCreateWindowSurface(dpy, config, (EGLNativeWindowType)(gc->window), nullptr);
+    // A window the platform refuses (released, abandoned) is not handed to
+    // EGL: drivers may crash on a dead native window instead of failing.
+    if (ANativeWindow_setBuffersGeometry(gc->window, 0, 0, visual) >= 0) {
+      surf = eglCreateWindowSurface(dpy, config, (EGLNativeWindowType)(gc->window), nullptr);
+    }
   } else {
     surf = eglCreatePbufferSurface(dpy, config, pbufferAttribs);
   }
