@@ -47,7 +47,9 @@ void GPUFramebuffer::setDrawTarget(int index, GPUImage2D* image) {
   GPUUtils::checkFramebufferStatusDetail("glFramebufferTexture2D");
 }
 
-void GPUFramebuffer::setDrawTarget(int index, auto_ptr<GPUImage2D>& image) { setDrawTarget(index, image.get()); }
+void GPUFramebuffer::setDrawTarget(int index, auto_ptr<GPUImage2D>& image) {
+  setDrawTarget(index, image.get());
+}
 
 void GPUFramebuffer::endDraw() {
   if (drawTargets.empty()) return;
@@ -71,7 +73,8 @@ void GPUFramebuffer::setReadTarget(int index) {
   GPUUtils::checkGLError("glReadBuffer");
 }
 
-void GPUFramebuffer::Blit(int srcX0, int srcY0, int srcX1, int srcY1, int dstX0, int dstY0, int dstX1, int dstY1) {
+void GPUFramebuffer::Blit(int srcX0, int srcY0, int srcX1, int srcY1, int dstX0, int dstY0, int dstX1,
+                          int dstY1) {
   glBlitFramebuffer(srcX0, srcY0, srcX1, srcY1, dstX0, dstY0, dstX1, dstY1, GL_COLOR_BUFFER_BIT, GL_LINEAR);
   GPUUtils::checkGLError("glBlitFramebuffer");
 }
@@ -94,6 +97,7 @@ void GPUFramebuffer::setFramebufferTarget(GPUFramebuffer* framebuffer, GPUImage2
   GPUUtils::checkFramebufferStatusDetail("glFramebufferTexture2D");
 }
 
-void GPUFramebuffer::setFramebufferTarget(auto_ptr<GPUFramebuffer>& framebuffer, auto_ptr<GPUImage2D>& image) {
+void GPUFramebuffer::setFramebufferTarget(auto_ptr<GPUFramebuffer>& framebuffer,
+                                          auto_ptr<GPUImage2D>& image) {
   setFramebufferTarget(framebuffer.get(), image.get());
 }

@@ -8,7 +8,8 @@ using gpu_internal::imageBytes;
 
 namespace {
 
-const GLenum kTargets[5] = {GL_TEXTURE_2D, GL_TEXTURE_2D, GL_TEXTURE_2D, GL_TEXTURE_2D, GL_TEXTURE_EXTERNAL_OES};
+const GLenum kTargets[5] = {GL_TEXTURE_2D, GL_TEXTURE_2D, GL_TEXTURE_2D, GL_TEXTURE_2D,
+                            GL_TEXTURE_EXTERNAL_OES};
 const GLenum kFormats[4] = {GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_RGB, GL_RGBA};
 
 void setDefaultParameters(GLenum target) {
@@ -42,8 +43,8 @@ GPUImage2D::GPUImage2D(GPUContext* context, int width, int height, int format)
 GPUImage2D::GPUImage2D(auto_ptr<GPUContext>& context, int width, int height, int format)
     : GPUImage2D(context.get(), width, height, format) {}
 
-GPUImage2D::GPUImage2D(GPUContext* context, unsigned texture, int width, int height, int format, bool allocate,
-                       bool own)
+GPUImage2D::GPUImage2D(GPUContext* context, unsigned texture, int width, int height, int format,
+                       bool allocate, bool own)
     : context(context), framebuffer(context), pixelBuffer(context) {
   init(texture, false, width, height, format, allocate, nullptr);
   mOwnsTexture = own;
@@ -95,7 +96,8 @@ void GPUImage2D::allocateStorage(void* pixels) {
   if (pixels != nullptr) {
     pixelBuffer.uploadImage(this, pixels);
   } else {
-    glTexImage2D(target, 0, static_cast<GLint>(glFormat), width, height, 0, glFormat, GL_UNSIGNED_BYTE, nullptr);
+    glTexImage2D(target, 0, static_cast<GLint>(glFormat), width, height, 0, glFormat, GL_UNSIGNED_BYTE,
+                 nullptr);
     GPUUtils::checkGLError("glTexImage2D");
   }
   setDefaultParameters(target);

@@ -17,9 +17,10 @@ class OV_EXPORT GPUImage2D : public RefBase {
   GPUImage2D(auto_ptr<GPUContext>& context, int width, int height, int format);
   // Wraps an existing texture name; allocate gives it empty storage and the
   // default parameters, own makes recycle/destruction delete it.
-  GPUImage2D(GPUContext* context, unsigned texture, int width, int height, int format, bool allocate, bool own);
-  GPUImage2D(auto_ptr<GPUContext>& context, unsigned texture, int width, int height, int format, bool allocate,
+  GPUImage2D(GPUContext* context, unsigned texture, int width, int height, int format, bool allocate,
              bool own);
+  GPUImage2D(auto_ptr<GPUContext>& context, unsigned texture, int width, int height, int format,
+             bool allocate, bool own);
   // A new texture filled from width x height x format bytes (empty if pixels is null).
   GPUImage2D(GPUContext* context, int width, int height, int format, void* pixels);
   GPUImage2D(auto_ptr<GPUContext>& context, int width, int height, int format, void* pixels);

@@ -37,12 +37,14 @@ GPUImage3D::GPUImage3D(GPUContext* context, int width, int height, int depth, in
   init(0, true, width, height, depth, format, true, pixels);
 }
 
-GPUImage3D::GPUImage3D(auto_ptr<GPUContext>& context, int width, int height, int depth, int format, void* pixels)
+GPUImage3D::GPUImage3D(auto_ptr<GPUContext>& context, int width, int height, int depth, int format,
+                       void* pixels)
     : GPUImage3D(context.get(), width, height, depth, format, pixels) {}
 
 GPUImage3D::~GPUImage3D() { recycle(); }
 
-void GPUImage3D::init(unsigned existing, bool generate, int w, int h, int d, int f, bool allocate, void* pixels) {
+void GPUImage3D::init(unsigned existing, bool generate, int w, int h, int d, int f, bool allocate,
+                      void* pixels) {
   mOwnsTexture = true;
   texture = existing;
   width = w;

@@ -11,8 +11,8 @@ class OV_EXPORT GPUImage3D : public RefBase {
  public:
   GPUImage3D(GPUContext* context, int width, int height, int depth, int format);
   GPUImage3D(auto_ptr<GPUContext>& context, int width, int height, int depth, int format);
-  GPUImage3D(GPUContext* context, unsigned texture, int width, int height, int depth, int format, bool allocate,
-             bool own);
+  GPUImage3D(GPUContext* context, unsigned texture, int width, int height, int depth, int format,
+             bool allocate, bool own);
   GPUImage3D(auto_ptr<GPUContext>& context, unsigned texture, int width, int height, int depth, int format,
              bool allocate, bool own);
   GPUImage3D(GPUContext* context, int width, int height, int depth, int format, void* pixels);

@@ -83,7 +83,9 @@ void GPUPixelBuffer::uploadImage(GPUImage2D* image, void* pixels) {
   GPUUtils::checkGLError("glBindBuffer");
 }
 
-void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage2D>& image, void* pixels) { uploadImage(image.get(), pixels); }
+void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage2D>& image, void* pixels) {
+  uploadImage(image.get(), pixels);
+}
 
 void GPUPixelBuffer::uploadImage(GPUImage3D* image, void* pixels) {
   if (image == nullptr || pixels == nullptr || buffer == 0) return;
@@ -99,7 +101,9 @@ void GPUPixelBuffer::uploadImage(GPUImage3D* image, void* pixels) {
   GPUUtils::checkGLError("glBindBuffer");
 }
 
-void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage3D>& image, void* pixels) { uploadImage(image.get(), pixels); }
+void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage3D>& image, void* pixels) {
+  uploadImage(image.get(), pixels);
+}
 
 void GPUPixelBuffer::downloadImage(GPUImage2D* image, void* pixels) {
   if (image == nullptr || pixels == nullptr || buffer == 0) return;
@@ -126,4 +130,6 @@ void GPUPixelBuffer::downloadImage(GPUImage2D* image, void* pixels) {
   GPUUtils::checkGLError("glBindBuffer");
 }
 
-void GPUPixelBuffer::downloadImage(auto_ptr<GPUImage2D>& image, void* pixels) { downloadImage(image.get(), pixels); }
+void GPUPixelBuffer::downloadImage(auto_ptr<GPUImage2D>& image, void* pixels) {
+  downloadImage(image.get(), pixels);
+}

@@ -34,7 +34,8 @@ GPUProgram::~GPUProgram() { release(); }
 void GPUProgram::create(unsigned options) {
   GPUScript* s = script.get();
   if (s->getScriptBinary() != nullptr) {
-    program = GPUUtils::createProgram(s->getScriptBinaryFormat(), s->getScriptBinary(), s->getScriptBinaryLength());
+    program =
+        GPUUtils::createProgram(s->getScriptBinaryFormat(), s->getScriptBinary(), s->getScriptBinaryLength());
     if (program != 0) {
       mFromBinary = true;
       return;
@@ -215,7 +216,9 @@ void GPUProgram::setOutputSize(int x, int y, int width, int height) {
   GPUUtils::checkGLError("glViewport");
 }
 
-void GPUProgram::setOutputTarget(GPUImage2D* image) { GPUFramebuffer::setFramebufferTarget(&framebuffer, image); }
+void GPUProgram::setOutputTarget(GPUImage2D* image) {
+  GPUFramebuffer::setFramebufferTarget(&framebuffer, image);
+}
 
 void GPUProgram::setOutputTarget(auto_ptr<GPUImage2D>& image) { setOutputTarget(image.get()); }
 

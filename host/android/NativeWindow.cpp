@@ -3,12 +3,11 @@
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
-#include <errno.h>
-#include <pthread.h>
-
 #include <android/native_window.h>
 #include <android/native_window_host.h>
 #include <android/native_window_jni.h>
+#include <errno.h>
+#include <pthread.h>
 
 #define HOST_API extern "C" __attribute__((visibility("default")))
 
@@ -204,7 +203,8 @@ HOST_API ANativeWindow* ANativeWindow_fromSurface(JNIEnv* env, jobject surface) 
     env->ExceptionClear();
     return nullptr;
   }
-  ANativeWindow* window = reinterpret_cast<ANativeWindow*>(static_cast<uintptr_t>(env->GetLongField(surface, field)));
+  ANativeWindow* window =
+      reinterpret_cast<ANativeWindow*>(static_cast<uintptr_t>(env->GetLongField(surface, field)));
   pthread_mutex_lock(&gLock);
   HostWindow* w = find(window);
   if (w != nullptr) ++w->refs;

@@ -158,9 +158,10 @@ TEST(GPUEngineTest, WindowSurfaceDrawsToTheScreen) {
       auto_ptr<GPUImage2D> image(new GPUImage2D(ctx, 2, 1, 4, tex.data()));
       auto_ptr<GPUScript> script(new GPUScript(ctx, nullptr));
       ASSERT_TRUE(script->addSource("VertexShader", quadVertexShader()));
-      ASSERT_TRUE(script->addSource("FragmentShader",
-                                    "precision mediump float;\nuniform sampler2D tex;\nvarying vec2 v_texcoord;\n"
-                                    "void main() { gl_FragColor = texture2D(tex, v_texcoord); }\n"));
+      ASSERT_TRUE(
+          script->addSource("FragmentShader",
+                            "precision mediump float;\nuniform sampler2D tex;\nvarying vec2 v_texcoord;\n"
+                            "void main() { gl_FragColor = texture2D(tex, v_texcoord); }\n"));
       auto_ptr<GPUProgram> program(new GPUProgram(ctx, script));
       ASSERT_NE(program->getProgram(), 0u);
       // Straight texture coordinates: s follows x.

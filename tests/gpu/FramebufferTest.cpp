@@ -191,8 +191,8 @@ TEST_F(GPUFramebufferTest, StatusWordsAndTargetHelper) {
   glGetIntegerv(GL_FRAMEBUFFER_BINDING, &bound);
   EXPECT_EQ(static_cast<unsigned>(bound), fb->getFramebuffer());
   GLint attached = 0;
-  glGetFramebufferAttachmentParameteriv(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME,
-                                        &attached);
+  glGetFramebufferAttachmentParameteriv(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0,
+                                        GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME, &attached);
   EXPECT_EQ(static_cast<unsigned>(attached), image->getTexture());
   EXPECT_TRUE(cap.texts().empty());
   // A null framebuffer (or image) unbinds.

@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "gpu/GPU.h"
 #include "gpu/GLHeaders.h"
+#include "gpu/GPU.h"
+#include "support/LogCapture.h"
 
 // An off-screen engine made current for the length of one test. GL objects a
 // test creates must be gone before TearDown (keep them in the test body).
@@ -14,7 +15,11 @@ class GpuTest : public ::testing::Test {
  protected:
   void SetUp() override {
     engine = new GPUEngine(nullptr, kSurface, kSurface);
-    ASSERT_TRUE(engine->setup()) << "no EGL display: run under xvfb-run";
+    LogCapture cap;
+    bool ok = engine->setup();
+    std::string log;
+    for (const std::string& line : cap.texts()) log += line;
+    ASSERT_TRUE(ok) << "EGL setup failed (run under xvfb-run):\n" << log;
     engine->startup();
     ctx = engine->getContext();
   }

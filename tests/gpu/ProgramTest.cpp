@@ -159,19 +159,40 @@ TEST_F(GPUProgramTest, ParameterTypes) {
   for (int i = 0; i < 16; ++i) m4[i] = i / 20.0f;
   const std::vector<Case> cases = {
       {GPUProgram::INT1, "uniform int u;", "vec4(float(u) / 255.0, 0.0, 0.0, 1.0)", {51}, {0.2f, 0, 0, 1}},
-      {GPUProgram::INT2, "uniform ivec2 u;", "vec4(vec2(u) / 255.0, 0.0, 1.0)", {51, 102}, {0.2f, 0.4f, 0, 1}},
-      {GPUProgram::INT3, "uniform ivec3 u;", "vec4(vec3(u) / 255.0, 1.0)", {51, 102, 153}, {0.2f, 0.4f, 0.6f, 1}},
-      {GPUProgram::INT4, "uniform ivec4 u;", "vec4(u) / 255.0", {51, 102, 153, 204}, {0.2f, 0.4f, 0.6f, 0.8f}},
+      {GPUProgram::INT2,
+       "uniform ivec2 u;",
+       "vec4(vec2(u) / 255.0, 0.0, 1.0)",
+       {51, 102},
+       {0.2f, 0.4f, 0, 1}},
+      {GPUProgram::INT3,
+       "uniform ivec3 u;",
+       "vec4(vec3(u) / 255.0, 1.0)",
+       {51, 102, 153},
+       {0.2f, 0.4f, 0.6f, 1}},
+      {GPUProgram::INT4,
+       "uniform ivec4 u;",
+       "vec4(u) / 255.0",
+       {51, 102, 153, 204},
+       {0.2f, 0.4f, 0.6f, 0.8f}},
       {GPUProgram::FLOAT1, "uniform float u;", "vec4(u, 0.0, 0.0, 1.0)", {0.25f}, {0.25f, 0, 0, 1}},
       {GPUProgram::FLOAT2, "uniform vec2 u;", "vec4(u, 0.0, 1.0)", {0.25f, 0.5f}, {0.25f, 0.5f, 0, 1}},
       {GPUProgram::FLOAT3, "uniform vec3 u;", "vec4(u, 1.0)", {0.25f, 0.5f, 0.75f}, {0.25f, 0.5f, 0.75f, 1}},
       {GPUProgram::FLOAT4, "uniform vec4 u;", "u", {0.1f, 0.3f, 0.5f, 0.7f}, {0.1f, 0.3f, 0.5f, 0.7f}},
       // Column-major: m[c][r] is value[c * n + r].
-      {GPUProgram::MATRIX2, "uniform mat2 u;", "vec4(u[0][0], u[0][1], u[1][0], u[1][1])", {0.1f, 0.2f, 0.3f, 0.4f},
+      {GPUProgram::MATRIX2,
+       "uniform mat2 u;",
+       "vec4(u[0][0], u[0][1], u[1][0], u[1][1])",
+       {0.1f, 0.2f, 0.3f, 0.4f},
        {0.1f, 0.2f, 0.3f, 0.4f}},
-      {GPUProgram::MATRIX3, "uniform mat3 u;", "vec4(u[0][1], u[1][0], u[2][2], u[2][0])", m3,
+      {GPUProgram::MATRIX3,
+       "uniform mat3 u;",
+       "vec4(u[0][1], u[1][0], u[2][2], u[2][0])",
+       m3,
        {m3[1], m3[3], m3[8], m3[6]}},
-      {GPUProgram::MATRIX4, "uniform mat4 u;", "vec4(u[0][3], u[3][0], u[1][2], u[2][1])", m4,
+      {GPUProgram::MATRIX4,
+       "uniform mat4 u;",
+       "vec4(u[0][3], u[3][0], u[1][2], u[2][1])",
+       m4,
        {m4[3], m4[12], m4[6], m4[9]}},
   };
   for (const Case& c : cases) {
@@ -197,14 +218,15 @@ TEST_F(GPUProgramTest, ParameterTypes) {
 }
 
 TEST_F(GPUProgramTest, HostValueArraysAndTranspose) {
-  auto_ptr<GPUScript> script = makeScript(ctx, nullptr, quadVertexShader(),
-                                          "precision mediump float;\nuniform float arr[2];\nuniform mat2 m;\n"
-                                          "void main() { gl_FragColor = vec4(arr[0], arr[1], m[0][1], m[1][0]); }\n");
+  auto_ptr<GPUScript> script =
+      makeScript(ctx, nullptr, quadVertexShader(),
+                 "precision mediump float;\nuniform float arr[2];\nuniform mat2 m;\n"
+                 "void main() { gl_FragColor = vec4(arr[0], arr[1], m[0][1], m[1][0]); }\n");
   auto_ptr<GPUProgram> program(new GPUProgram(ctx, script));
   ASSERT_TRUE(program->beganCompute());
   float arr[2] = {0.2f, 0.6f};
   program->_SetHostValue1fv("arr", 2, arr);
-  const float m[4] = {0.0f, 0.4f, 0.8f, 1.0f};  // columns (0, 0.4) and (0.8, 1)
+  const float m[4] = {0.0f, 0.4f, 0.8f, 1.0f};       // columns (0, 0.4) and (0.8, 1)
   program->_SetHostValueMatrix2fv("m", 1, true, m);  // transposed: m[0][1] = 0.8, m[1][0] = 0.4
   program->_SetHostValue1fv("arr", 2, nullptr);      // ignored
   std::vector<unsigned char> px = drawOnce(ctx, program.get(), 1, 1);
@@ -224,15 +246,17 @@ TEST_F(GPUProgramTest, DefaultVerticesTurnAQuarter) {
   glBindTexture(GL_TEXTURE_2D, source->getTexture());
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-  auto_ptr<GPUScript> script = makeScript(ctx, nullptr, quadVertexShader(),
-                                          "precision mediump float;\nuniform sampler2D tex;\nvarying vec2 v_texcoord;\n"
-                                          "void main() { gl_FragColor = texture2D(tex, v_texcoord); }\n");
+  auto_ptr<GPUScript> script =
+      makeScript(ctx, nullptr, quadVertexShader(),
+                 "precision mediump float;\nuniform sampler2D tex;\nvarying vec2 v_texcoord;\n"
+                 "void main() { gl_FragColor = texture2D(tex, v_texcoord); }\n");
   auto_ptr<GPUProgram> program(new GPUProgram(ctx, script));
   std::vector<unsigned char> px = drawOnce(ctx, program.get(), n, n, source.get());
   for (int y = 0; y < n; ++y) {
     for (int x = 0; x < n; ++x) {
       double X = (x + 0.5) * 2.0 / n - 1.0, Y = (y + 0.5) * 2.0 / n - 1.0;
-      int s = static_cast<int>(std::floor((Y + 1) / 2 * n)), t = static_cast<int>(std::floor((1 - X) / 2 * n));
+      int s = static_cast<int>(std::floor((Y + 1) / 2 * n)),
+          t = static_cast<int>(std::floor((1 - X) / 2 * n));
       EXPECT_EQ(memcmp(rgbaAt(px, n, x, y), rgbaAt(tex, n, s, t), 4), 0) << x << "," << y;
     }
   }
@@ -364,7 +388,8 @@ TEST_F(GPUProgramTest, RejectedAndEmptyCacheFiles) {
     EXPECT_EQ(dir.read(file), b.second) << b.first;
     {
       auto_ptr<GPUScript> script = makeScript(ctx, b.first, quadVertexShader(), kGreen);
-      script->setOptions(GPUScript::OPTION_RECOMPILE_REJECTED_BINARY | GPUScript::OPTION_STORE_COMPILED_BINARY);
+      script->setOptions(GPUScript::OPTION_RECOMPILE_REJECTED_BINARY |
+                         GPUScript::OPTION_STORE_COMPILED_BINARY);
       auto_ptr<GPUProgram> program(new GPUProgram(ctx, script));
       ASSERT_NE(program->getProgram(), 0u) << b.first;
       EXPECT_FALSE(program->isFromBinary());
@@ -414,8 +439,8 @@ TEST_F(GPUProgramTest, UnnamedScriptNeverTouchesTheCache) {
 TEST_F(GPUProgramTest, ExternalTextureSampling) {
   auto createImage = reinterpret_cast<PFNEGLCREATEIMAGEKHRPROC>(eglGetProcAddress("eglCreateImageKHR"));
   auto destroyImage = reinterpret_cast<PFNEGLDESTROYIMAGEKHRPROC>(eglGetProcAddress("eglDestroyImageKHR"));
-  auto targetTexture =
-      reinterpret_cast<PFNGLEGLIMAGETARGETTEXTURE2DOESPROC>(eglGetProcAddress("glEGLImageTargetTexture2DOES"));
+  auto targetTexture = reinterpret_cast<PFNGLEGLIMAGETARGETTEXTURE2DOESPROC>(
+      eglGetProcAddress("glEGLImageTargetTexture2DOES"));
   ASSERT_TRUE(createImage != nullptr && destroyImage != nullptr && targetTexture != nullptr);
   const int w = 5, h = 3;
   std::vector<unsigned char> pixels = noiseBytes(w * h * 4, 21);

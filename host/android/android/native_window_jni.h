@@ -2,9 +2,8 @@
 
 // Host stand-in for the NDK's <android/native_window_jni.h>.
 
-#include <jni.h>
-
 #include <android/native_window.h>
+#include <jni.h>
 
 #ifdef __cplusplus
 extern "C" {
