@@ -2,6 +2,8 @@
 
 #include <jni.h>
 
+#include <cstdint>
+
 // Java int handles for native objects. A 64-bit address does not fit a Java
 // int, so 64-bit builds hand out small non-zero ids from a locked table (an id
 // is not reused while its object lives; unknown ids resolve to null, like 0).

@@ -1,6 +1,7 @@
 #include "panorama/PanoramaModule.h"
 
 #include <cmath>
+#include <cstdlib>
 #include <cstdint>
 #include <cstring>
 
