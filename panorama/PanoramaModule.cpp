@@ -1,5 +1,7 @@
 #include "panorama/PanoramaModule.h"
 
+#include <sched.h>
+
 #include <cmath>
 #include <cstdlib>
 #include <cstdint>
@@ -24,6 +26,66 @@ int truncToInt(float v) {
 int wrapMul(int a, int b) {
   return static_cast<int>(static_cast<uint32_t>(static_cast<int64_t>(a) * b));
 }
+
+}  // namespace
+
+// A few spare frame buffers of one size, shared by the module and the frames
+// it made (a frame may outlive its module). Buffers come from galloc_malloc
+// and go back to galloc_free.
+class PanoramaBufferPool : public RefBase {
+ public:
+  static const size_t kMaxSpare = 8;
+
+  explicit PanoramaBufferPool(unsigned int bytes) : mBytes(bytes) {}
+  ~PanoramaBufferPool() override {
+    for (unsigned char* p : mSpare) galloc_free(p);
+  }
+
+  unsigned char* take() {
+    {
+      Mutex::Autolock guard(mLock);
+      if (!mSpare.empty()) {
+        unsigned char* p = mSpare.back();
+        mSpare.pop_back();
+        return p;
+      }
+    }
+    return static_cast<unsigned char*>(galloc_malloc(mBytes));
+  }
+
+  void give(unsigned char* p) {
+    {
+      Mutex::Autolock guard(mLock);
+      if (mSpare.size() < kMaxSpare) {
+        mSpare.push_back(p);
+        return;
+      }
+    }
+    galloc_free(p);
+  }
+
+ private:
+  const unsigned int mBytes;
+  Mutex mLock;
+  std::vector<unsigned char*> mSpare;
+};
+
+namespace {
+
+// A queued frame whose buffer goes back to the pool instead of the allocator.
+class PooledFrame : public PanoramaFrame {
+ public:
+  PooledFrame(int index, int width, int height, int format, unsigned char* data,
+              const auto_ptr<PanoramaBufferPool>& pool)
+      : PanoramaFrame(index, width, height, format, data), mPool(pool) {}
+  ~PooledFrame() override {
+    if (data != nullptr) mPool->give(data);
+    data = nullptr;
+  }
+
+ private:
+  auto_ptr<PanoramaBufferPool> mPool;
+};
 
 }  // namespace
 
@@ -57,6 +119,7 @@ int PanoramaModule::startup(int width, int height, int format, void (*onError)(i
   mFormat = format;
   mDirection.store(PANORAMA_DIRECTION_TYPE_NONE);
   clearQueue();
+  mPool = new PanoramaBufferPool(static_cast<unsigned int>(width * height * 3 / 2));
   mRunning.store(true);
   if (start() != 0) {
     mRunning.store(false);
@@ -107,7 +170,7 @@ int PanoramaModule::pushFrame(unsigned char* buffer, float gyroX, float gyroY, i
   mDirection.store(direction);
 
   int size = (mWidth * mHeight * 3) / 2;
-  auto* pixels = static_cast<unsigned char*>(galloc_malloc(static_cast<unsigned int>(size)));
+  unsigned char* pixels = mPool->take();
   if (pixels == nullptr) {
     OV_LOGD("PanoramaModule::pushFrame   PANORAMA_RESULT_TYPE_OUT_OF_MEMRORY   1\n");
     return PANORAMA_RESULT_TYPE_OUT_OF_MEMRORY;
@@ -128,8 +191,8 @@ int PanoramaModule::pushFrame(unsigned char* buffer, float gyroX, float gyroY, i
 
   {
     Mutex::Autolock guard(mQueueLock);
-    auto_ptr<PanoramaFrame> frame(
-        new PanoramaFrame(static_cast<int>(mFrames.size()), mWidth, mHeight, PANORAMA_FORMAT_TYPE_YV12, pixels));
+    auto_ptr<PanoramaFrame> frame(new PooledFrame(static_cast<int>(mFrames.size()), mWidth, mHeight,
+                                                  PANORAMA_FORMAT_TYPE_YV12, pixels, mPool));
     mFrames.push_back(frame);
     mQueued.store(static_cast<int>(mFrames.size()));
   }
@@ -146,6 +209,7 @@ int PanoramaModule::close() {
   mRunning.store(false);
   join();
   clearQueue();
+  mPool = nullptr;
   return 0;
 }
 
@@ -173,6 +237,9 @@ void PanoramaModule::run() {
         break;
       }
       mFrameReady.waitRelative(mWaitLock, 1000);
+      // Give the core away between polls: the caller's thread has the
+      // frames to produce.
+      if (mQueued.load() == 0) sched_yield();
     }
     if (stopped) {
       mWaitLock.unlock();

@@ -41,6 +41,8 @@ enum PanoramaDirectionType {
 //
 // Offsets cross over: the horizontal one comes from the Y reading (35 px per
 // whole unit of difference), the vertical one from the X reading (15 px).
+class PanoramaBufferPool;
+
 class OV_EXPORT PanoramaModule : public Thread {
  public:
   // Pixels of offset per whole unit of gyroscope difference.
@@ -102,4 +104,7 @@ class OV_EXPORT PanoramaModule : public Thread {
   // Size of mFrames, so the worker can poll it without the queue lock.
   std::atomic<int> mQueued{0};
   auto_ptr<PanoramaFrame> mResult;
+  // Frame buffers of this run's size, recycled so that a steady sweep does
+  // not fault fresh pages in for every frame.
+  auto_ptr<PanoramaBufferPool> mPool;
 };
