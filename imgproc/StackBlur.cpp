@@ -33,10 +33,27 @@ constexpr int kStrip = 16;                // pixels per vertical strip
 constexpr int kChunks = kStrip * 4 / 16;  // 16-byte vectors per strip row
 constexpr int kPrefetchRows = 16;
 
+// Lane-wise a * b + c modulo 2^32. SIMDe translates unsigned 32-bit lane
+// multiplies through signed ones, whose wrap-around is undefined, so off ARM
+// the lanes are multiplied as unsigned vectors directly.
+inline uint32x4_t mulAdd(uint32x4_t a, uint32_t b, uint32x4_t c) {
+#if defined(__ARM_NEON) || defined(__ARM_NEON__)
+  return vmlaq_n_u32(c, a, b);
+#else
+  typedef uint32_t Lanes __attribute__((vector_size(16)));
+  Lanes x, y;
+  memcpy(&x, &a, sizeof(x));
+  memcpy(&y, &c, sizeof(y));
+  x = x * b + y;
+  memcpy(&a, &x, sizeof(x));
+  return a;
+#endif
+}
+
 // (s * mul) >> shr with the shift as an immediate: a variable shift would be
 // a per-lane loop in SIMDe's translation.
 inline uint32x4_t scale(uint32x4_t s, uint32_t mul, uint32_t shr) {
-  const uint32x4_t p = vmulq_n_u32(s, mul);
+  const uint32x4_t p = mulAdd(s, mul, vdupq_n_u32(0));
   switch (shr) {
 #define OV_SHIFT_CASE(n) \
   case n:                \
@@ -96,13 +113,13 @@ void blurRow(unsigned char* row, int count, int radius, uint32_t mul, uint32_t s
   const uint32x4_t first = loadPixel(row);
   for (int i = 0; i <= radius; ++i) {
     ring[i] = first;
-    sum = vmlaq_n_u32(sum, first, (uint32_t)(i + 1));
+    sum = mulAdd(first, (uint32_t)(i + 1), sum);
     sumOut = vaddq_u32(sumOut, first);
   }
   for (int i = 1; i <= radius; ++i) {
     const uint32x4_t p = loadPixel(row + 4 * (i <= last ? i : last));
     ring[i + radius] = p;
-    sum = vmlaq_n_u32(sum, p, (uint32_t)(radius + 1 - i));
+    sum = mulAdd(p, (uint32_t)(radius + 1 - i), sum);
     sumIn = vaddq_u32(sumIn, p);
   }
 
@@ -146,8 +163,8 @@ void blurStrip(unsigned char* col, int height, size_t stride, int radius, uint32
     uint32x4_t p[4];
     widen(b, p);
     for (int j = 0; j < 4; ++j) {
-      sum[c][j] = vmulq_n_u32(p[j], (uint32_t)((radius + 1) * (radius + 2) / 2));
-      sumOut[c][j] = vmulq_n_u32(p[j], (uint32_t)(radius + 1));
+      sum[c][j] = mulAdd(p[j], (uint32_t)((radius + 1) * (radius + 2) / 2), vdupq_n_u32(0));
+      sumOut[c][j] = mulAdd(p[j], (uint32_t)(radius + 1), vdupq_n_u32(0));
       sumIn[c][j] = vdupq_n_u32(0);
     }
     for (int k = 0; k <= radius; ++k) ring[k][c] = b;
@@ -161,7 +178,7 @@ void blurStrip(unsigned char* col, int height, size_t stride, int radius, uint32
       widen(b, p);
       ring[k + radius][c] = b;
       for (int j = 0; j < 4; ++j) {
-        sum[c][j] = vmlaq_n_u32(sum[c][j], p[j], w);
+        sum[c][j] = mulAdd(p[j], w, sum[c][j]);
         sumIn[c][j] = vaddq_u32(sumIn[c][j], p[j]);
       }
     }
