@@ -40,7 +40,8 @@ void checkQueuedFrames(int format) {
   std::vector<unsigned char> expected(src.begin(), src.end());
   if (format != 3) {
     for (int i = 0; i < n / 4; ++i) {
-      unsigned char first = static_cast<unsigned char>(2 * i + 1), second = static_cast<unsigned char>(200 + i);
+      unsigned char first = static_cast<unsigned char>(2 * i + 1),
+                    second = static_cast<unsigned char>(200 + i);
       expected[n + i] = format == 1 ? second : first;
       expected[n + n / 4 + i] = format == 1 ? first : second;
     }
