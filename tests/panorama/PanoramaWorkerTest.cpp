@@ -79,10 +79,9 @@ void checkQueuedFrames(int format) {
 
 TEST(PanoramaQueue, YV12FramesAreCopiedWithTheirQueueDepth) { checkQueuedFrames(3); }
 
-// Enabled once the YV12 repacking of image/ is in.
-TEST(PanoramaQueue, DISABLED_NV12FramesAreRepackedToYV12) { checkQueuedFrames(1); }
+TEST(PanoramaQueue, NV12FramesAreRepackedToYV12) { checkQueuedFrames(1); }
 
-TEST(PanoramaQueue, DISABLED_NV21FramesAreRepackedToYV12) { checkQueuedFrames(2); }
+TEST(PanoramaQueue, NV21FramesAreRepackedToYV12) { checkQueuedFrames(2); }
 
 TEST(PanoramaQueue, CloseEmptiesWhatTheWorkerNeverTook) {
   // The worker is held until close has stopped the module, so it starts
