@@ -243,13 +243,17 @@ void RFModule_Clear(RFModule* m) {
 
 void RFModule_AddTarget(RFModule* m, RFTarget* t, int position) {
   if (m == nullptr || t == nullptr) return;
-  RFTarget** tail = &m->targets;
-  while (*tail != nullptr) {
-    if (*tail == t) return;  // already listed: adding it again would close a loop
-    tail = &(*tail)->next;
+  RFTarget* last = nullptr;
+  for (RFTarget* it = m->targets; it != nullptr; it = it->next) {
+    if (it == t) return;  // already listed: adding it again would close a loop
+    last = it;
   }
   t->next = nullptr;
-  *tail = t;
+  if (last == nullptr) {
+    m->targets = t;
+  } else {
+    last->next = t;
+  }
   // After removals the count can drop below the number of stored positions,
   // even below 0; only slots 0..19 are ever written.
   if (m->targetCount >= 0 && m->targetCount < RF_MAX_POSITIONS) m->positions[m->targetCount] = position;
@@ -258,13 +262,17 @@ void RFModule_AddTarget(RFModule* m, RFTarget* t, int position) {
 
 void RFModule_RemoveTarget(RFModule* m, RFTarget* t) {
   if (m == nullptr || t == nullptr) return;
-  for (RFTarget** link = &m->targets; *link != nullptr; link = &(*link)->next) {
-    if (*link == t) {
-      *link = t->next;
-      RFTarget_Release(&t);
-      --m->targetCount;
-      return;
+  RFTarget* previous = nullptr;
+  for (RFTarget* it = m->targets; it != nullptr; previous = it, it = it->next) {
+    if (it != t) continue;
+    if (previous == nullptr) {
+      m->targets = t->next;
+    } else {
+      previous->next = t->next;
     }
+    RFTarget_Release(&t);
+    --m->targetCount;
+    return;
   }
 }
 

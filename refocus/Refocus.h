@@ -24,6 +24,10 @@ struct RFTarget {
 };
 typedef RFTarget _RFTarget;
 
+// The record sits just behind its 4-byte tag, so on 64-bit targets it is only
+// 4-byte aligned: the packing makes every member access safe there (a no-op
+// where pointers are 4 bytes).
+#pragma pack(push, 4)
 struct RFModule {
   int id;
   int targetCount;
@@ -41,6 +45,7 @@ struct RFModule {
   unsigned char* work;
   unsigned char* output;  // the newest result record, or null; older ones hang off it
 };
+#pragma pack(pop)
 
 // Flat interface over integer handles (the record's address; 0 on failure).
 OV_CAPI intptr_t RefocusModule_Initialize(int width, int height, int gridCols, int gridRows);
