@@ -2,7 +2,9 @@
 JAVA_HOME ?= /usr/lib/jvm/java-17-openjdk-amd64
 export JAVA_HOME
 JOBS ?= $(shell nproc)
-XVFB := xvfb-run -a -s "-screen 0 1280x1024x24"
+# -noreset: otherwise the server resets whenever its last client leaves and
+# refuses the connections of parallel tests that arrive meanwhile.
+XVFB := xvfb-run -a -s "-screen 0 1280x1024x24 -noreset"
 
 .PHONY: all deps build demo test test-default test-asan test-tsan bench format clean
 

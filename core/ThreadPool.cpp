@@ -6,7 +6,8 @@ ThreadWorker::ThreadWorker(ThreadPool* owner) : pool(owner) {}
 
 void ThreadWorker::startWork() {
   working.store(true);
-  start();
+  // A worker whose thread never came up must not count as draining the queue.
+  if (start() != 0) working.store(false);
 }
 
 void ThreadWorker::stopWork() { working.store(false); }
@@ -35,7 +36,10 @@ ThreadPool::ThreadPool(int count) : threadCount(count) {
 ThreadPool::~ThreadPool() { shutdown(); }
 
 void ThreadPool::start() {
-  for (auto& worker : workers) worker->startWork();
+  // A second start must not put a second thread on a worker that already runs.
+  for (auto& worker : workers) {
+    if (!worker->isWorking()) worker->startWork();
+  }
 }
 
 int ThreadPool::submit(IRunnable* task) {

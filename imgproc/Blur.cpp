@@ -5,7 +5,6 @@
 #include <string.h>
 
 #include "core/Memory.h"
-#include "imgproc/StackBlurTables.h"
 
 namespace {
 
@@ -14,67 +13,6 @@ namespace {
 bool sizeOk(int w, int h, int bytesPer) {
   if (w <= 0 || h <= 0) return false;
   return (uint64_t)w * (uint64_t)h * (uint64_t)bytesPer <= 0xFFFFFFFFull;
-}
-
-// One line of the Stack Blur: `count` pixels `step` bytes apart, channels 0..2.
-// The window lives in `stack` (3 * (2r + 1) bytes); sums are exact integers, so
-// each output is (triangular sum * mul) >> shr.
-void stackBlurLine(unsigned char* line, int count, size_t step, int radius, uint32_t mul, uint32_t shr,
-                   unsigned char* stack) {
-  const int div = 2 * radius + 1;
-  const int last = count - 1;
-  uint32_t sum[3] = {0, 0, 0}, sumIn[3] = {0, 0, 0}, sumOut[3] = {0, 0, 0};
-
-  const unsigned char* src = line;
-  for (int i = 0; i <= radius; ++i) {
-    unsigned char* s = stack + 3 * i;
-    for (int c = 0; c < 3; ++c) {
-      s[c] = src[c];
-      sum[c] += src[c] * (uint32_t)(i + 1);
-      sumOut[c] += src[c];
-    }
-  }
-  for (int i = 1; i <= radius; ++i) {
-    if (i <= last) src += step;
-    unsigned char* s = stack + 3 * (i + radius);
-    for (int c = 0; c < 3; ++c) {
-      s[c] = src[c];
-      sum[c] += src[c] * (uint32_t)(radius + 1 - i);
-      sumIn[c] += src[c];
-    }
-  }
-
-  int sp = radius;
-  int xp = radius < last ? radius : last;
-  src = line + (size_t)xp * step;
-  unsigned char* dst = line;
-  for (int x = 0; x < count; ++x) {
-    for (int c = 0; c < 3; ++c) dst[c] = (unsigned char)((sum[c] * mul) >> shr);
-    dst += step;
-    for (int c = 0; c < 3; ++c) sum[c] -= sumOut[c];
-
-    int start = sp + div - radius;
-    if (start >= div) start -= div;
-    unsigned char* s = stack + 3 * start;
-    for (int c = 0; c < 3; ++c) sumOut[c] -= s[c];
-
-    if (xp < last) {
-      src += step;
-      ++xp;
-    }
-    for (int c = 0; c < 3; ++c) {
-      s[c] = src[c];
-      sumIn[c] += src[c];
-      sum[c] += sumIn[c];
-    }
-
-    if (++sp >= div) sp = 0;
-    s = stack + 3 * sp;
-    for (int c = 0; c < 3; ++c) {
-      sumOut[c] += s[c];
-      sumIn[c] -= s[c];
-    }
-  }
 }
 
 // Box widths are never wider than this; beyond it every line is shorter anyway.
@@ -127,19 +65,6 @@ int lineRadius(int count, int r) {
 }
 
 }  // namespace
-
-void stack_blur(unsigned char* pixels, int width, int height, int radius) {
-  if (!pixels || !sizeOk(width, height, 4)) return;
-  if (radius < 0 || radius > 254) return;
-  const uint32_t mul = kStackBlurMul[radius];
-  const uint32_t shr = kStackBlurShr[radius];
-  // 3 bytes per window entry, rounded up to 8.
-  unsigned char stack[(3 * (2 * 254 + 1) + 7) & ~7];
-  const size_t rowBytes = (size_t)width * 4;
-  for (int y = 0; y < height; ++y) stackBlurLine(pixels + y * rowBytes, width, 4, radius, mul, shr, stack);
-  for (int x = 0; x < width; ++x)
-    stackBlurLine(pixels + (size_t)x * 4, height, rowBytes, radius, mul, shr, stack);
-}
 
 void alpha_blend(unsigned char* pixels, int count, int r, int g, int b, int alpha) {
   if (!pixels || count <= 0) return;

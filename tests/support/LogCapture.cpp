@@ -18,9 +18,13 @@ void silentLogger(const struct __android_logger_data*, const char*) {}
 }  // namespace
 
 LogCapture::LogCapture() {
-  std::lock_guard<std::mutex> lock(gMutex);
-  delete gLines;
-  gLines = new std::vector<Line>();
+  {
+    std::lock_guard<std::mutex> lock(gMutex);
+    delete gLines;
+    gLines = new std::vector<Line>();
+  }
+  // Outside gMutex: liblog calls captureLogger under its own lock, which
+  // then takes gMutex, so holding gMutex here would invert the order.
   __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
   __android_log_set_logger(captureLogger);
 }

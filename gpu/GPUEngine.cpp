@@ -1,0 +1,203 @@
+#include "gpu/GPUEngine.h"
+
+#include <new>
+
+#include "core/Atomic.h"
+#include "core/Log.h"
+#include "gpu/GPUUtils.h"
+
+namespace {
+
+// EGL displays are per process: eglGetDisplay(EGL_DEFAULT_DISPLAY) hands every
+// engine the same one, and eglTerminate would tear down the surfaces and
+// contexts of every other live engine with it. Engines that set the display
+// up count themselves here and only the last one terminates it.
+int gDisplayUsers = 0;
+
+void terminateIfLast(EGLDisplay display) {
+  if (atomic_dec32(&gDisplayUsers) == 0) eglTerminate(display);
+}
+
+}  // namespace
+
+GPUEngine::GPUEngine(ANativeWindow* window, unsigned width, unsigned height)
+    : mGPUContext(new (std::nothrow) GPUContext(window, width, height)),
+      display(EGL_NO_DISPLAY),
+      context(EGL_NO_CONTEXT),
+      surface(EGL_NO_SURFACE),
+      mOwnsDisplay(false) {}
+
+GPUEngine::~GPUEngine() {}
+
+void GPUEngine::releasePartial(EGLDisplay dpy, EGLSurface surf, EGLContext ctx, bool initialised) {
+  if (ctx != EGL_NO_CONTEXT) eglDestroyContext(dpy, ctx);
+  if (surf != EGL_NO_SURFACE) eglDestroySurface(dpy, surf);
+  if (initialised) terminateIfLast(dpy);
+}
+
+bool GPUEngine::setup() {
+  GPUContext* gc = mGPUContext.get();
+  if (gc == nullptr) return false;
+  // Setting up twice would leak the first set of EGL objects.
+  if (display != EGL_NO_DISPLAY || gc->display != EGL_NO_DISPLAY) return false;
+
+  const EGLint pbufferAttribs[] = {EGL_WIDTH, static_cast<EGLint>(gc->width), EGL_HEIGHT,
+                                   static_cast<EGLint>(gc->height), EGL_NONE};
+  const EGLint contextAttribs[] = {EGL_CONTEXT_CLIENT_VERSION, 3, EGL_NONE};
+
+  EGLDisplay dpy = eglGetDisplay(EGL_DEFAULT_DISPLAY);
+  GPUUtils::checkEGLError("eglGetDisplay", 1);
+  if (dpy == EGL_NO_DISPLAY) {
+    OV_LOGD("eglGetDisplay fail\n");
+    return false;
+  }
+
+  const EGLint configAttribs[] = {EGL_SURFACE_TYPE,
+                                  EGL_WINDOW_BIT | EGL_PBUFFER_BIT,
+                                  EGL_RENDERABLE_TYPE,
+                                  GPUUtils::getContextRenderableType(dpy),
+                                  EGL_RED_SIZE,
+                                  8,
+                                  EGL_GREEN_SIZE,
+                                  8,
+                                  EGL_BLUE_SIZE,
+                                  8,
+                                  EGL_ALPHA_SIZE,
+                                  8,
+                                  EGL_DEPTH_SIZE,
+                                  EGL_DONT_CARE,
+                                  EGL_STENCIL_SIZE,
+                                  EGL_DONT_CARE,
+                                  EGL_SAMPLE_BUFFERS,
+                                  EGL_DONT_CARE,
+                                  EGL_NONE};
+
+  if (eglInitialize(dpy, nullptr, nullptr) != EGL_TRUE) {
+    OV_LOGD("eglInitialize fail\n");
+    return false;
+  }
+  atomic_inc32(&gDisplayUsers);
+
+  EGLint count = 0;
+  if (eglGetConfigs(dpy, nullptr, 0, &count) != EGL_TRUE) {
+    OV_LOGD("eglGetConfig fail\n");
+    releasePartial(dpy, EGL_NO_SURFACE, EGL_NO_CONTEXT, true);
+    return false;
+  }
+  EGLConfig config = nullptr;
+  count = 0;
+  // A request nothing matches "succeeds" with no config: treat it as failure.
+  if (eglChooseConfig(dpy, configAttribs, &config, 1, &count) != EGL_TRUE || count < 1) {
+    OV_LOGD("eglChooseConfig fail\n");
+    releasePartial(dpy, EGL_NO_SURFACE, EGL_NO_CONTEXT, true);
+    return false;
+  }
+  EGLint visual = 0;
+  if (eglGetConfigAttrib(dpy, config, EGL_NATIVE_VISUAL_ID, &visual) != EGL_TRUE) {
+    OV_LOGD("eglGetConfigAttrib fail\n");
+    releasePartial(dpy, EGL_NO_SURFACE, EGL_NO_CONTEXT, true);
+    return false;
+  }
+
+  EGLSurface surf = EGL_NO_SURFACE;
+  if (gc->window != nullptr) {
+    // A window the platform refuses (released, abandoned) is not handed to
+    // EGL: drivers may crash on a dead native window instead of failing.
+    if (ANativeWindow_setBuffersGeometry(gc->window, 0, 0, visual) >= 0) {
+      surf = eglCreateWindowSurface(dpy, config, (EGLNativeWindowType)(gc->window), nullptr);
+    }
+  } else {
+    surf = eglCreatePbufferSurface(dpy, config, pbufferAttribs);
+  }
+  if (surf == EGL_NO_SURFACE) {
+    OV_LOGD("eglCreatePbufferSurface error %d\n", eglGetError());
+    releasePartial(dpy, EGL_NO_SURFACE, EGL_NO_CONTEXT, true);
+    return false;
+  }
+
+  EGLContext ctx = eglCreateContext(dpy, config, EGL_NO_CONTEXT, contextAttribs);
+  GPUUtils::checkEGLError("eglCreateContext", 1);
+  if (ctx == EGL_NO_CONTEXT) {
+    OV_LOGD("eglCreateContext error:%d\n", eglGetError());
+    releasePartial(dpy, surf, EGL_NO_CONTEXT, true);
+    return false;
+  }
+
+  EGLint w = 0;
+  EGLint h = 0;
+  eglQuerySurface(dpy, surf, EGL_WIDTH, &w);
+  eglQuerySurface(dpy, surf, EGL_HEIGHT, &h);
+  gc->surfaceWidth = w;
+  gc->surfaceHeight = h;
+  gc->display = dpy;
+  gc->surface = surf;
+  gc->context = ctx;
+  display = dpy;
+  surface = surf;
+  context = ctx;
+  mOwnsDisplay = true;
+  return true;
+}
+
+void GPUEngine::startup() {
+  if (display == EGL_NO_DISPLAY || surface == EGL_NO_SURFACE || context == EGL_NO_CONTEXT) return;
+  if (eglMakeCurrent(display, surface, surface, context) != EGL_TRUE) {
+    OV_LOGD("eglMakeCurrent error:%d\n", eglGetError());
+  }
+}
+
+void GPUEngine::flush() {
+  if (display == EGL_NO_DISPLAY || surface == EGL_NO_SURFACE) return;
+  eglSwapBuffers(display, surface);
+  GPUUtils::checkEGLError("eglSwapBuffers", 1);
+}
+
+void GPUEngine::close() {
+  if (display == EGL_NO_DISPLAY || surface == EGL_NO_SURFACE || context == EGL_NO_CONTEXT) return;
+  eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+}
+
+void GPUEngine::destroy() {
+  if (display == EGL_NO_DISPLAY || surface == EGL_NO_SURFACE || context == EGL_NO_CONTEXT) return;
+  eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+  eglDestroySurface(display, surface);
+  eglDestroyContext(display, context);
+  if (mOwnsDisplay) {
+    terminateIfLast(display);
+  } else {
+    eglTerminate(display);
+  }
+  GPUContext* gc = mGPUContext.get();
+  if (gc != nullptr) {
+    gc->display = EGL_NO_DISPLAY;
+    gc->context = EGL_NO_CONTEXT;
+    gc->surface = EGL_NO_SURFACE;
+    gc->surfaceWidth = 0;
+    gc->surfaceHeight = 0;
+  }
+  display = EGL_NO_DISPLAY;
+  context = EGL_NO_CONTEXT;
+  surface = EGL_NO_SURFACE;
+  mOwnsDisplay = false;
+}
+
+GPUEngine* GPUEngine::getCurrentEngine() {
+  EGLDisplay dpy = eglGetCurrentDisplay();
+  EGLContext ctx = eglGetCurrentContext();
+  EGLSurface surf = eglGetCurrentSurface(EGL_DRAW);
+  if (dpy == EGL_NO_DISPLAY || ctx == EGL_NO_CONTEXT || surf == EGL_NO_SURFACE) return nullptr;
+  GPUEngine* engine = new (std::nothrow) GPUEngine(nullptr, 0, 0);
+  if (engine == nullptr) return nullptr;
+  GPUContext* gc = engine->mGPUContext.get();
+  if (gc == nullptr) {
+    delete engine;
+    return nullptr;
+  }
+  gc->display = dpy;
+  gc->context = ctx;
+  gc->surface = surf;
+  engine->display = dpy;
+  engine->context = ctx;
+  engine->surface = surf;
+  return engine;
+}

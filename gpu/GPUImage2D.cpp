@@ -1,0 +1,144 @@
+#include "gpu/GPUImage2D.h"
+
+#include "gpu/GLHeaders.h"
+#include "gpu/GPUSizes.h"
+#include "gpu/GPUUtils.h"
+
+using gpu_internal::imageBytes;
+
+namespace {
+
+const GLenum kTargets[5] = {GL_TEXTURE_2D, GL_TEXTURE_2D, GL_TEXTURE_2D, GL_TEXTURE_2D,
+                            GL_TEXTURE_EXTERNAL_OES};
+const GLenum kFormats[4] = {GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_RGB, GL_RGBA};
+
+void setDefaultParameters(GLenum target) {
+  glTexParameterf(target, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+  GPUUtils::checkGLError("glTexParameterf");
+  glTexParameterf(target, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+  GPUUtils::checkGLError("glTexParameterf");
+  glTexParameterf(target, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+  GPUUtils::checkGLError("glTexParameterf");
+  glTexParameterf(target, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+  GPUUtils::checkGLError("glTexParameterf");
+}
+
+}  // namespace
+
+unsigned GPUImage2D::selectTextureTarget(int format) {
+  if (format >= 1 && format <= 5) return kTargets[format - 1];
+  return GL_TEXTURE_2D;
+}
+
+unsigned GPUImage2D::selectTextureFormat(int format) {
+  if (format >= 1 && format <= 4) return kFormats[format - 1];
+  return 0;
+}
+
+GPUImage2D::GPUImage2D(GPUContext* context, int width, int height, int format)
+    : context(context), framebuffer(context), pixelBuffer(context) {
+  init(0, true, width, height, format, true, nullptr);
+}
+
+GPUImage2D::GPUImage2D(auto_ptr<GPUContext>& context, int width, int height, int format)
+    : GPUImage2D(context.get(), width, height, format) {}
+
+GPUImage2D::GPUImage2D(GPUContext* context, unsigned texture, int width, int height, int format,
+                       bool allocate, bool own)
+    : context(context), framebuffer(context), pixelBuffer(context) {
+  init(texture, false, width, height, format, allocate, nullptr);
+  mOwnsTexture = own;
+}
+
+GPUImage2D::GPUImage2D(auto_ptr<GPUContext>& context, unsigned texture, int width, int height, int format,
+                       bool allocate, bool own)
+    : GPUImage2D(context.get(), texture, width, height, format, allocate, own) {}
+
+GPUImage2D::GPUImage2D(GPUContext* context, int width, int height, int format, void* pixels)
+    : context(context), framebuffer(context), pixelBuffer(context) {
+  init(0, true, width, height, format, true, pixels);
+}
+
+GPUImage2D::GPUImage2D(auto_ptr<GPUContext>& context, int width, int height, int format, void* pixels)
+    : GPUImage2D(context.get(), width, height, format, pixels) {}
+
+GPUImage2D::~GPUImage2D() { recycle(); }
+
+void GPUImage2D::init(unsigned existing, bool generate, int w, int h, int f, bool allocate, void* pixels) {
+  mOwnsTexture = true;
+  texture = existing;
+  width = w;
+  height = h;
+  format = f;
+  target = selectTextureTarget(f);
+  glFormat = selectTextureFormat(f);
+  // Sizes GL cannot take (negative, or more bytes than fit 32 bits) leave the
+  // image without a texture rather than half-made.
+  if (imageBytes(w, h, 1, f < 1 ? 1 : f) < 0) {
+    if (generate) texture = 0;
+    return;
+  }
+  if (generate) {
+    GLuint name = 0;
+    glGenTextures(1, &name);
+    GPUUtils::checkGLError("glGenTextures");
+    texture = name;
+  }
+  if (allocate) allocateStorage(pixels);
+}
+
+// Binds, specifies (through the pixel buffer when there are pixels), sets
+// the four parameters and unbinds.
+void GPUImage2D::allocateStorage(void* pixels) {
+  if (texture == 0) return;
+  glBindTexture(target, texture);
+  GPUUtils::checkGLError("glBindTexture");
+  if (pixels != nullptr) {
+    pixelBuffer.uploadImage(this, pixels);
+  } else {
+    glTexImage2D(target, 0, static_cast<GLint>(glFormat), width, height, 0, glFormat, GL_UNSIGNED_BYTE,
+                 nullptr);
+    GPUUtils::checkGLError("glTexImage2D");
+  }
+  setDefaultParameters(target);
+  glBindTexture(target, 0);
+  GPUUtils::checkGLError("glBindTexture");
+}
+
+void GPUImage2D::set(int w, int h, int f, void* pixels) {
+  if (imageBytes(w, h, 1, f < 1 ? 1 : f) < 0) return;
+  width = w;
+  height = h;
+  format = f;
+  target = selectTextureTarget(f);
+  glFormat = selectTextureFormat(f);
+  allocateStorage(pixels);
+}
+
+bool GPUImage2D::upload(void* pixels, int size) {
+  if (pixels == nullptr) return false;
+  int64_t n = imageBytes(width, height, 1, format);
+  if (n < 0 || n > size) return false;
+  Mutex::Autolock guard(lock);
+  pixelBuffer.uploadImage(this, pixels);
+  return true;
+}
+
+bool GPUImage2D::download(void* pixels, int size) {
+  if (pixels == nullptr) return false;
+  int64_t n = imageBytes(width, height, 1, format);
+  if (n < 0 || n > size) return false;
+  Mutex::Autolock guard(lock);
+  GPUFramebuffer::setFramebufferTarget(&framebuffer, this);
+  pixelBuffer.downloadImage(this, pixels);
+  GPUFramebuffer::setFramebufferTarget(nullptr, nullptr);
+  return true;
+}
+
+void GPUImage2D::recycle() {
+  if (!mOwnsTexture || texture == 0) return;
+  GLuint name = texture;
+  glDeleteTextures(1, &name);
+  GPUUtils::checkGLError("glDeleteTextures");
+  texture = 0;
+}

@@ -1,0 +1,111 @@
+#include "gpu/GPUImage3D.h"
+
+#include "gpu/GLHeaders.h"
+#include "gpu/GPUImage2D.h"
+#include "gpu/GPUSizes.h"
+#include "gpu/GPUUtils.h"
+
+using gpu_internal::imageBytes;
+
+unsigned GPUImage3D::selectTextureTarget(int format) {
+  return format >= 1 && format <= 4 ? GL_TEXTURE_3D : GL_TEXTURE_2D;
+}
+
+unsigned GPUImage3D::selectTextureFormat(int format) { return GPUImage2D::selectTextureFormat(format); }
+
+GPUImage3D::GPUImage3D(GPUContext* context, int width, int height, int depth, int format)
+    : context(context), pixelBuffer(context) {
+  init(0, true, width, height, depth, format, true, nullptr);
+}
+
+GPUImage3D::GPUImage3D(auto_ptr<GPUContext>& context, int width, int height, int depth, int format)
+    : GPUImage3D(context.get(), width, height, depth, format) {}
+
+GPUImage3D::GPUImage3D(GPUContext* context, unsigned texture, int width, int height, int depth, int format,
+                       bool allocate, bool own)
+    : context(context), pixelBuffer(context) {
+  init(texture, false, width, height, depth, format, allocate, nullptr);
+  mOwnsTexture = own;
+}
+
+GPUImage3D::GPUImage3D(auto_ptr<GPUContext>& context, unsigned texture, int width, int height, int depth,
+                       int format, bool allocate, bool own)
+    : GPUImage3D(context.get(), texture, width, height, depth, format, allocate, own) {}
+
+GPUImage3D::GPUImage3D(GPUContext* context, int width, int height, int depth, int format, void* pixels)
+    : context(context), pixelBuffer(context) {
+  init(0, true, width, height, depth, format, true, pixels);
+}
+
+GPUImage3D::GPUImage3D(auto_ptr<GPUContext>& context, int width, int height, int depth, int format,
+                       void* pixels)
+    : GPUImage3D(context.get(), width, height, depth, format, pixels) {}
+
+GPUImage3D::~GPUImage3D() { recycle(); }
+
+void GPUImage3D::init(unsigned existing, bool generate, int w, int h, int d, int f, bool allocate,
+                      void* pixels) {
+  mOwnsTexture = true;
+  texture = existing;
+  width = w;
+  height = h;
+  depth = d;
+  format = f;
+  target = selectTextureTarget(f);
+  glFormat = selectTextureFormat(f);
+  if (imageBytes(w, h, d, f < 1 ? 1 : f) < 0) {
+    if (generate) texture = 0;
+    return;
+  }
+  if (generate) {
+    GLuint name = 0;
+    glGenTextures(1, &name);
+    GPUUtils::checkGLError("glGenTextures");
+    texture = name;
+  }
+  if (allocate) allocateStorage(pixels);
+}
+
+void GPUImage3D::allocateStorage(void* pixels) {
+  if (texture == 0) return;
+  glBindTexture(target, texture);
+  GPUUtils::checkGLError("glBindTexture");
+  if (pixels != nullptr) {
+    pixelBuffer.uploadImage(this, pixels);
+  } else {
+    glTexImage3D(target, 0, static_cast<GLint>(glFormat), width, height, depth, 0, glFormat, GL_UNSIGNED_BYTE,
+                 nullptr);
+    GPUUtils::checkGLError("glTexImage3D");
+  }
+  glTexParameterf(target, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+  GPUUtils::checkGLError("glTexParameterf");
+  glTexParameterf(target, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+  GPUUtils::checkGLError("glTexParameterf");
+  glTexParameterf(target, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+  GPUUtils::checkGLError("glTexParameterf");
+  glTexParameterf(target, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+  GPUUtils::checkGLError("glTexParameterf");
+  glTexParameteri(target, GL_TEXTURE_WRAP_R, GL_CLAMP_TO_EDGE);
+  GPUUtils::checkGLError("glTexParameteri");
+  glBindTexture(target, 0);
+  GPUUtils::checkGLError("glBindTexture");
+}
+
+void GPUImage3D::set(int w, int h, int d, int f, void* pixels) {
+  if (imageBytes(w, h, d, f < 1 ? 1 : f) < 0) return;
+  width = w;
+  height = h;
+  depth = d;
+  format = f;
+  target = selectTextureTarget(f);
+  glFormat = selectTextureFormat(f);
+  allocateStorage(pixels);
+}
+
+void GPUImage3D::recycle() {
+  if (!mOwnsTexture || texture == 0) return;
+  GLuint name = texture;
+  glDeleteTextures(1, &name);
+  GPUUtils::checkGLError("glDeleteTextures");
+  texture = 0;
+}

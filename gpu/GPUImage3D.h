@@ -1,0 +1,54 @@
+#pragma once
+
+#include "core/Export.h"
+#include "core/RefBase.h"
+#include "gpu/GPUContext.h"
+#include "gpu/GPUPixelBuffer.h"
+
+// One 3D texture (codes 1-4 as for GPUImage2D; other codes give a 2D target
+// with no format, which GL rejects).
+class OV_EXPORT GPUImage3D : public RefBase {
+ public:
+  GPUImage3D(GPUContext* context, int width, int height, int depth, int format);
+  GPUImage3D(auto_ptr<GPUContext>& context, int width, int height, int depth, int format);
+  GPUImage3D(GPUContext* context, unsigned texture, int width, int height, int depth, int format,
+             bool allocate, bool own);
+  GPUImage3D(auto_ptr<GPUContext>& context, unsigned texture, int width, int height, int depth, int format,
+             bool allocate, bool own);
+  GPUImage3D(GPUContext* context, int width, int height, int depth, int format, void* pixels);
+  GPUImage3D(auto_ptr<GPUContext>& context, int width, int height, int depth, int format, void* pixels);
+  ~GPUImage3D() override;
+
+  void set(int width, int height, int depth, int format, void* pixels);
+  void recycle();
+
+  static unsigned selectTextureTarget(int format);
+  static unsigned selectTextureFormat(int format);
+
+  GPUContext* getContext() const { return context.get(); }
+  unsigned getTexture() const { return texture; }
+  int getWidth() const { return width; }
+  int getHeight() const { return height; }
+  int getDepth() const { return depth; }
+  int getFormat() const { return format; }
+  unsigned getTarget() const { return target; }
+  unsigned getGLFormat() const { return glFormat; }
+  bool ownsTexture() const { return mOwnsTexture; }
+  GPUPixelBuffer& getPixelBuffer() { return pixelBuffer; }
+
+ private:
+  void init(unsigned existing, bool generate, int width, int height, int depth, int format, bool allocate,
+            void* pixels);
+  void allocateStorage(void* pixels);
+
+  auto_ptr<GPUContext> context;
+  GPUPixelBuffer pixelBuffer;
+  int width;
+  int height;
+  int depth;
+  int format;
+  unsigned texture;
+  unsigned target;
+  unsigned glFormat;
+  bool mOwnsTexture;
+};

@@ -1,0 +1,253 @@
+#include "gpu/GPUProgram.h"
+
+#include <cstring>
+
+#include "gpu/GLHeaders.h"
+#include "gpu/GPUUtils.h"
+
+namespace {
+
+// Texture coordinates are a quarter turn against the positions:
+// s = (y + 1) / 2, t = (1 - x) / 2.
+const float kPosVertices[8] = {-1.0f, -1.0f, 1.0f, -1.0f, -1.0f, 1.0f, 1.0f, 1.0f};
+const float kTexVertices[8] = {0.0f, 1.0f, 0.0f, 0.0f, 1.0f, 1.0f, 1.0f, 0.0f};
+
+}  // namespace
+
+GPUProgram::GPUProgram(GPUContext* context, GPUScript* script) : GPUProgram(context, script, 0u) {}
+
+GPUProgram::GPUProgram(auto_ptr<GPUContext>& context, auto_ptr<GPUScript>& script)
+    : GPUProgram(context.get(), script.get(), 0u) {}
+
+GPUProgram::GPUProgram(auto_ptr<GPUContext>& context, auto_ptr<GPUScript>& script, unsigned options)
+    : GPUProgram(context.get(), script.get(), options) {}
+
+GPUProgram::GPUProgram(GPUContext* context, GPUScript* script, unsigned options)
+    : context(context), script(script), framebuffer(context), program(0), mFromBinary(false) {
+  memcpy(posVertices, kPosVertices, sizeof(posVertices));
+  memcpy(texVertices, kTexVertices, sizeof(texVertices));
+  if (script != nullptr) create(options | script->getOptions());
+}
+
+GPUProgram::~GPUProgram() { release(); }
+
+void GPUProgram::create(unsigned options) {
+  GPUScript* s = script.get();
+  if (s->getScriptBinary() != nullptr) {
+    program =
+        GPUUtils::createProgram(s->getScriptBinaryFormat(), s->getScriptBinary(), s->getScriptBinaryLength());
+    if (program != 0) {
+      mFromBinary = true;
+      return;
+    }
+    // Without the option a rejected binary leaves the program 0 for good.
+    if ((options & GPUScript::OPTION_RECOMPILE_REJECTED_BINARY) == 0) return;
+    s->dropScriptBinary();
+  }
+  auto_ptr<GPUScriptSource>& vertex = s->getScriptSourceByIndex(0);
+  const char* vertexText = vertex != nullptr ? vertex->getSource() : nullptr;
+  auto_ptr<GPUScriptSource>& fragment = s->getScriptSourceByIndex(1);
+  const char* fragmentText = fragment != nullptr ? fragment->getSource() : nullptr;
+  if (vertexText == nullptr || fragmentText == nullptr) return;
+  program = GPUUtils::createProgram(vertexText, fragmentText);
+  if (program == 0 || (options & GPUScript::OPTION_STORE_COMPILED_BINARY) == 0) return;
+  int length = 0;
+  unsigned format = 0;
+  void* binary = nullptr;
+  if (GPUUtils::getProgramBinary(program, &length, &format, &binary) == 1) {
+    s->setScriptBinaryFormat(format);
+    s->setScriptBinary(binary, length);
+  }
+}
+
+int GPUProgram::location(const char* name) const { return glGetUniformLocation(program, name); }
+
+bool GPUProgram::beganCompute() {
+  if (program == 0) return false;
+  glUseProgram(program);
+  GPUUtils::checkGLError("glUseProgram");
+  return true;
+}
+
+void GPUProgram::setSourceTarget(const char* uniformName, int unit, GPUImage2D* image) {
+  if (program == 0 || image == nullptr || uniformName == nullptr || unit < 0) return;
+  GLint loc = location(uniformName);
+  glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+  GPUUtils::checkGLError("glActiveTexture");
+  glBindTexture(image->getTarget(), image->getTexture());
+  GPUUtils::checkGLError("glBindTexture");
+  glUniform1i(loc, unit);
+  GPUUtils::checkGLError("glUniform1i");
+}
+
+void GPUProgram::setSourceTarget(const char* uniformName, int unit, auto_ptr<GPUImage2D>& image) {
+  setSourceTarget(uniformName, unit, image.get());
+}
+
+void GPUProgram::setSourceTarget(const char* uniformName, int unit, GPUImage3D* image) {
+  if (program == 0 || image == nullptr || uniformName == nullptr || unit < 0) return;
+  GLint loc = location(uniformName);
+  glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+  GPUUtils::checkGLError("glActiveTexture");
+  glBindTexture(image->getTarget(), image->getTexture());
+  GPUUtils::checkGLError("glBindTexture");
+  glUniform1i(loc, unit);
+  GPUUtils::checkGLError("glUniform1i");
+}
+
+void GPUProgram::setSourceTarget(const char* uniformName, int unit, auto_ptr<GPUImage3D>& image) {
+  setSourceTarget(uniformName, unit, image.get());
+}
+
+void GPUProgram::setParameters(const char* name, GPUProgramParameterType type, void* value) {
+  if (program == 0 || name == nullptr || value == nullptr) return;
+  GLint loc = location(name);
+  const GLint* iv = static_cast<const GLint*>(value);
+  const GLfloat* fv = static_cast<const GLfloat*>(value);
+  switch (type) {
+    case INT1:
+      glUniform1iv(loc, 1, iv);
+      break;
+    case INT2:
+      glUniform2iv(loc, 1, iv);
+      break;
+    case INT3:
+      glUniform3iv(loc, 1, iv);
+      break;
+    case INT4:
+      glUniform4iv(loc, 1, iv);
+      break;
+    case FLOAT1:
+      glUniform1fv(loc, 1, fv);
+      break;
+    case FLOAT2:
+      glUniform2fv(loc, 1, fv);
+      break;
+    case FLOAT3:
+      glUniform3fv(loc, 1, fv);
+      break;
+    case FLOAT4:
+      glUniform4fv(loc, 1, fv);
+      break;
+    case MATRIX2:
+      glUniformMatrix2fv(loc, 1, GL_FALSE, fv);
+      break;
+    case MATRIX3:
+      glUniformMatrix3fv(loc, 1, GL_FALSE, fv);
+      break;
+    case MATRIX4:
+      glUniformMatrix4fv(loc, 1, GL_FALSE, fv);
+      break;
+    default:
+      return;
+  }
+  GPUUtils::checkGLError("glUniform");
+}
+
+void GPUProgram::_SetHostValue1iv(const char* name, int count, int* value) {
+  if (program == 0 || name == nullptr || value == nullptr) return;
+  glUniform1iv(location(name), count, value);
+  GPUUtils::checkGLError("glUniform1iv");
+}
+
+void GPUProgram::_SetHostValue2iv(const char* name, int count, int* value) {
+  if (program == 0 || name == nullptr || value == nullptr) return;
+  glUniform2iv(location(name), count, value);
+  GPUUtils::checkGLError("glUniform2iv");
+}
+
+void GPUProgram::_SetHostValue3iv(const char* name, int count, int* value) {
+  if (program == 0 || name == nullptr || value == nullptr) return;
+  glUniform3iv(location(name), count, value);
+  GPUUtils::checkGLError("glUniform3iv");
+}
+
+void GPUProgram::_SetHostValue4iv(const char* name, int count, int* value) {
+  if (program == 0 || name == nullptr || value == nullptr) return;
+  glUniform4iv(location(name), count, value);
+  GPUUtils::checkGLError("glUniform4iv");
+}
+
+void GPUProgram::_SetHostValue1fv(const char* name, int count, float* value) {
+  if (program == 0 || name == nullptr || value == nullptr) return;
+  glUniform1fv(location(name), count, value);
+  GPUUtils::checkGLError("glUniform1fv");
+}
+
+void GPUProgram::_SetHostValue2fv(const char* name, int count, float* value) {
+  if (program == 0 || name == nullptr || value == nullptr) return;
+  glUniform2fv(location(name), count, value);
+  GPUUtils::checkGLError("glUniform2fv");
+}
+
+void GPUProgram::_SetHostValue3fv(const char* name, int count, float* value) {
+  if (program == 0 || name == nullptr || value == nullptr) return;
+  glUniform3fv(location(name), count, value);
+  GPUUtils::checkGLError("glUniform3fv");
+}
+
+void GPUProgram::_SetHostValue4fv(const char* name, int count, float* value) {
+  if (program == 0 || name == nullptr || value == nullptr) return;
+  glUniform4fv(location(name), count, value);
+  GPUUtils::checkGLError("glUniform4fv");
+}
+
+void GPUProgram::_SetHostValueMatrix2fv(const char* name, int count, bool transpose, const float* value) {
+  if (program == 0 || name == nullptr || value == nullptr) return;
+  glUniformMatrix2fv(location(name), count, transpose ? GL_TRUE : GL_FALSE, value);
+  GPUUtils::checkGLError("glUniformMatrix2fv");
+}
+
+void GPUProgram::_SetHostValueMatrix3fv(const char* name, int count, bool transpose, const float* value) {
+  if (program == 0 || name == nullptr || value == nullptr) return;
+  glUniformMatrix3fv(location(name), count, transpose ? GL_TRUE : GL_FALSE, value);
+  GPUUtils::checkGLError("glUniformMatrix3fv");
+}
+
+void GPUProgram::_SetHostValueMatrix4fv(const char* name, int count, bool transpose, const float* value) {
+  if (program == 0 || name == nullptr || value == nullptr) return;
+  glUniformMatrix4fv(location(name), count, transpose ? GL_TRUE : GL_FALSE, value);
+  GPUUtils::checkGLError("glUniformMatrix4fv");
+}
+
+void GPUProgram::setOutputSize(int x, int y, int width, int height) {
+  if (program == 0) return;
+  glViewport(x, y, width, height);
+  GPUUtils::checkGLError("glViewport");
+}
+
+void GPUProgram::setOutputTarget(GPUImage2D* image) {
+  GPUFramebuffer::setFramebufferTarget(&framebuffer, image);
+}
+
+void GPUProgram::setOutputTarget(auto_ptr<GPUImage2D>& image) { setOutputTarget(image.get()); }
+
+void GPUProgram::setPosVertices(const float* vertices) {
+  if (vertices != nullptr) memcpy(posVertices, vertices, sizeof(posVertices));
+}
+
+void GPUProgram::setTexVertices(const float* vertices) {
+  if (vertices != nullptr) memcpy(texVertices, vertices, sizeof(texVertices));
+}
+
+bool GPUProgram::endCompute() {
+  if (program == 0) return false;
+  // Client-side arrays need no buffer bound to GL_ARRAY_BUFFER.
+  glBindBuffer(GL_ARRAY_BUFFER, 0);
+  glVertexAttribPointer(0, 2, GL_FLOAT, GL_FALSE, 0, posVertices);
+  glEnableVertexAttribArray(0);
+  GPUUtils::checkGLError("vertex attribute setup");
+  glVertexAttribPointer(1, 2, GL_FLOAT, GL_FALSE, 0, texVertices);
+  glEnableVertexAttribArray(1);
+  GPUUtils::checkGLError("vertex attribute setup");
+  glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
+  GPUUtils::checkGLError("glDrawArrays");
+  return true;
+}
+
+void GPUProgram::release() {
+  if (program == 0) return;
+  glDeleteProgram(program);
+  GPUUtils::checkGLError("glDeleteProgram");
+  program = 0;
+}

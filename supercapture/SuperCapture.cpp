@@ -1,0 +1,241 @@
+#include "supercapture/SuperCapture.h"
+
+#include <sched.h>
+
+#include "core/Log.h"
+#include "core/Memory.h"
+#include "supercapture/SuperCaptureScheme.h"
+
+namespace {
+
+// A missing plane array reads as four null planes.
+unsigned char* plane(unsigned char** planes, int i) { return planes != nullptr ? planes[i] : nullptr; }
+
+bool allNull(unsigned char** planes) {
+  return plane(planes, 0) == nullptr && plane(planes, 1) == nullptr && plane(planes, 2) == nullptr &&
+         plane(planes, 3) == nullptr;
+}
+
+// Mean of the even-offset bytes (the luma of a two-byte-per-pixel frame).
+// Summed in 64 bits so that large bright frames cannot overflow.
+int brightness(const unsigned char* p, unsigned int pixels) {
+  uint64_t sum = 0;
+  for (unsigned int i = 0; i < pixels; ++i) sum += p[2 * static_cast<size_t>(i)];
+  return static_cast<int>(sum / pixels);
+}
+
+}  // namespace
+
+SuperCapture::SuperCapture()
+    : width(0), height(0), format(0), running(false), finished(true), workerStarted(false) {}
+
+SuperCapture::~SuperCapture() {
+  // Deleting a pipeline whose worker still runs must not leave the thread on
+  // a freed object.
+  if (workerStarted) {
+    running.store(false);
+    join();
+  }
+}
+
+int SuperCapture::init(unsigned int w, unsigned int h, unsigned int fmt) {
+  OV_LOGD("SuperSensor::init ..............................................\n");
+  if (w == 0 || h == 0 || fmt == 0 || fmt > supercapture::kFormatPacked) return -1;
+  if (!supercapture::sizeFits(w, h) || workerStarted) return -1;
+  width = w;
+  height = h;
+  format = fmt;
+  {
+    Mutex::Autolock hold(queueLock);
+    queue.clear();
+  }
+  running.store(true);
+  {
+    Mutex::Autolock hold(resultLock);
+    finished = false;
+  }
+  if (start() == 0) {
+    workerStarted = true;
+  } else {
+    // No worker will ever report: popFrame must not wait for one.
+    running.store(false);
+    Mutex::Autolock hold(resultLock);
+    finished = true;
+  }
+  return 0;
+}
+
+int SuperCapture::pushFrame(unsigned char** planes) {
+  OV_LOGD(
+      "SuperSensor::pushFrame ..............................................planes[0]:%p, "
+      "planes[1]:%p, planes[2]:%p, planes[3]:%p \n",
+      static_cast<void*>(plane(planes, 0)), static_cast<void*>(plane(planes, 1)),
+      static_cast<void*>(plane(planes, 2)), static_cast<void*>(plane(planes, 3)));
+  if (allNull(planes)) return -1;
+  if (plane(planes, 0) == nullptr || width == 0 || height == 0 || format != supercapture::kFormatPacked)
+    return -3;
+  unsigned int bytes = width * height * 2;  // init checked that it fits
+  auto* copy = static_cast<unsigned char*>(galloc_malloc(bytes));
+  if (copy == nullptr) return -3;
+  galloc_memcpy(copy, planes[0], bytes);
+  unsigned char* owned[4] = {copy, nullptr, nullptr, nullptr};
+  auto_ptr<SuperCaptureFrame> frame(new SuperCaptureFrame(0, width, height, 1, owned));
+  OV_LOGD("SuperCapture::pushFrame success\n");
+  {
+    // The worker removes frames under this lock, so appends take it too.
+    Mutex::Autolock hold(queueLock);
+    frame->id = static_cast<unsigned int>(queue.size()) + 1;
+    queue.push_back(frame);
+  }
+  frameAvailable.signal();
+  return 0;
+}
+
+void SuperCapture::run() {
+  OV_LOGD("SuperCapture::run  startup...............................\n");
+  auto_ptr<SuperCaptureFrame> current;
+  // Exactly one of the two is set, by the first frame taken.
+  auto_ptr<SuperCaptureLowLightScheme> low;
+  auto_ptr<SuperCaptureHighLightScheme> high;
+
+  if (running.load()) {
+    do {
+      queueLock.lock();
+      while (queue.empty()) {
+        if (!running.load()) break;
+        // Returns at once (the deadline lies in the past): the worker polls.
+        frameAvailable.waitRelative(queueLock, 1000);
+        if (queue.empty()) {
+          // Let the producer in rather than spin on the lock.
+          queueLock.unlock();
+          sched_yield();
+          queueLock.lock();
+        }
+      }
+      if (!queue.empty()) {
+        OV_LOGD("SuperCapture::run   getFrame\n");
+        current = queue.back();
+        queue.pop_back();
+        if (low == nullptr && high == nullptr) {
+          int lum = brightness(current->planes[0], width * height);
+          OV_LOGD("SuperCapture::run lum:%d select scheme", lum);
+          if (lum < kLowLightThreshold) {
+            low = new SuperCaptureLowLightScheme();
+            low->init(width, height, format);
+          } else {
+            high = new SuperCaptureHighLightScheme();
+            high->init(width, height, format);
+          }
+        }
+        if (low != nullptr) low->process(current);
+        if (high != nullptr) high->process(current);
+      }
+      queueLock.unlock();
+    } while (running.load());
+  }
+
+  if (low != nullptr || high != nullptr) {
+    OV_LOGD("Scheme return result\n");
+    if (low != nullptr) low->getResult(current);
+    if (high != nullptr) high->getResult(current);
+  }
+  {
+    // Set and signalled under the lock popFrame checks under: no lost wake-up.
+    Mutex::Autolock hold(resultLock);
+    result = current;
+    finished = true;
+    resultReady.signal();
+  }
+}
+
+int SuperCapture::popFrame(unsigned char** planes) {
+  OV_LOGD("SuperCapture::popFrame .....................0");
+  if (allNull(planes)) return -1;
+  OV_LOGD("SuperCapture::popFrame ..................... 1");
+  running.store(false);
+  OV_LOGD("SuperCapture::popFrame ..................... 2");
+  auto_ptr<SuperCaptureFrame> merged;
+  {
+    Mutex::Autolock hold(resultLock);
+    while (!finished) resultReady.wait(resultLock);
+    merged = result;
+  }
+  OV_LOGD("SuperCapture::popFrame ..................... 3");
+  if (merged != nullptr) galloc_memcpy(planes[0], merged->planes[0], width * height * 2);
+  OV_LOGD("SuperCapture::popFrame ..................... 4");
+  return 0;
+}
+
+int SuperCapture::final() {
+  OV_LOGD("SuperCapture::final .....................  1");
+  running.store(false);
+  OV_LOGD("SuperCapture::final .....................  2");
+  join();
+  workerStarted = false;
+  {
+    // A worker skipped by the join never reports; nobody may wait for it.
+    Mutex::Autolock hold(resultLock);
+    finished = true;
+  }
+  OV_LOGD("SuperCapture::final .....................  3");
+  {
+    Mutex::Autolock hold(queueLock);
+    queue.clear();
+  }
+  OV_LOGD("SuperCapture::final .....................  4");
+  return 0;
+}
+
+unsigned int SuperCapture::getQueuedCount() {
+  Mutex::Autolock hold(queueLock);
+  return static_cast<unsigned int>(queue.size());
+}
+
+auto_ptr<SuperCaptureFrame> SuperCapture::getResultFrame() {
+  Mutex::Autolock hold(resultLock);
+  return result;
+}
+
+// ---- flat interface
+
+intptr_t super_capture_module_init(int width, int height, int format) {
+  auto* capture = new SuperCapture();
+  OV_LOGD("super_capture_module_init   width:%d, height:%d, format:%d\n", width, height, format);
+  // Negative sizes become huge unsigned ones, which init refuses.
+  if (capture->init(static_cast<unsigned int>(width), static_cast<unsigned int>(height),
+                    static_cast<unsigned int>(format)) != 0) {
+    delete capture;
+    return 0;
+  }
+  return reinterpret_cast<intptr_t>(capture);
+}
+
+int super_capture_module_push_frame(intptr_t handle, unsigned char** planes) {
+  OV_LOGD(
+      "super_capture_module_push_frame   handle:%zd, planes[0]:%p, planes[1]:%p, planes[2]:%p, "
+      "planes[3]:%p\n",
+      handle, static_cast<void*>(plane(planes, 0)), static_cast<void*>(plane(planes, 1)),
+      static_cast<void*>(plane(planes, 2)), static_cast<void*>(plane(planes, 3)));
+  if (handle == 0) return -1;
+  return reinterpret_cast<SuperCapture*>(handle)->pushFrame(planes);
+}
+
+int super_capture_module_pop_frame(intptr_t handle, unsigned char** planes) {
+  OV_LOGD(
+      "super_capture_module_pop_frame   handle:%zd, planes[0]:%p, planes[1]:%p, planes[2]:%p, "
+      "planes[3]:%p\n",
+      handle, static_cast<void*>(plane(planes, 0)), static_cast<void*>(plane(planes, 1)),
+      static_cast<void*>(plane(planes, 2)), static_cast<void*>(plane(planes, 3)));
+  if (handle == 0) return -1;
+  return reinterpret_cast<SuperCapture*>(handle)->popFrame(planes);
+}
+
+void super_capture_module_destroy(intptr_t handle) {
+  OV_LOGD("super_capture_module_destroy   handle:%zd\n", handle);
+  if (handle != 0) {
+    auto* capture = reinterpret_cast<SuperCapture*>(handle);
+    capture->final();
+    delete capture;
+  }
+  OV_LOGD("super_capture_module_destroy   handle:%zd   2\n", handle);
+}

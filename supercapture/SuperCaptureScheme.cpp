@@ -1,0 +1,105 @@
+#include "supercapture/SuperCaptureScheme.h"
+
+#include "core/Log.h"
+#include "core/Memory.h"
+#include "supercapture/MergeKernels.h"
+
+namespace {
+
+// The two schemes share init and release exactly.
+void initAccumulator(int32_t*& acc, unsigned int& count, unsigned int& w, unsigned int& h, unsigned int width,
+                     unsigned int height, unsigned int format) {
+  if (width == 0 || height == 0 || format == 0 || format > supercapture::kFormatPacked) return;
+  if (!supercapture::sizeFits(width, height)) return;
+  count = 0;
+  w = width;
+  h = height;
+  unsigned int bytes = width * height * 8;
+  acc = static_cast<int32_t*>(galloc_malloc(bytes));
+  if (acc != nullptr) galloc_memset(acc, 0, bytes);
+}
+
+void releaseAccumulator(int32_t*& acc) {
+  if (acc != nullptr) {
+    galloc_free(acc);
+    acc = nullptr;
+  }
+}
+
+size_t frameBytes(unsigned int w, unsigned int h) { return static_cast<size_t>(w) * h * 2; }
+
+// A frame is served when it has pixels and at least as many bytes as the
+// accumulator covers; anything else would be read or written out of bounds.
+bool usable(const auto_ptr<SuperCaptureFrame>& frame, const int32_t* acc, unsigned int w, unsigned int h) {
+  if (frame == nullptr || acc == nullptr) return false;
+  return frameBytes(frame->width, frame->height) >= frameBytes(w, h);
+}
+
+}  // namespace
+
+// ---- low light: per-byte maximum
+
+SuperCaptureLowLightScheme::SuperCaptureLowLightScheme()
+    : accumulator(nullptr), m_Count(0), width(0), height(0) {}
+
+SuperCaptureLowLightScheme::~SuperCaptureLowLightScheme() { releaseAccumulator(accumulator); }
+
+void SuperCaptureLowLightScheme::init(unsigned int w, unsigned int h, unsigned int format) {
+  initAccumulator(accumulator, m_Count, width, height, w, h, format);
+}
+
+void SuperCaptureLowLightScheme::release() { releaseAccumulator(accumulator); }
+
+void SuperCaptureLowLightScheme::process(auto_ptr<SuperCaptureFrame>& frame) {
+  if (!usable(frame, accumulator, width, height)) return;
+  OV_LOGD("SuperCaptureLowLightScheme::process ............................m_Count:%d\n",
+          static_cast<int>(m_Count));
+  if (frame->planes[0] != nullptr)
+    supercapture::mergeMax(accumulator, frame->planes[0], frameBytes(width, height));
+  ++m_Count;
+}
+
+void SuperCaptureLowLightScheme::getResult(auto_ptr<SuperCaptureFrame>& frame) {
+  if (!usable(frame, accumulator, width, height)) return;
+  OV_LOGD("SuperCaptureLowLightScheme::getResult ............................ m_Count:%d\n",
+          static_cast<int>(m_Count));
+  if (frame->planes[0] != nullptr)
+    supercapture::resultLowBits(frame->planes[0], accumulator, frameBytes(width, height));
+}
+
+// ---- high light: per-byte truncated mean
+
+SuperCaptureHighLightScheme::SuperCaptureHighLightScheme()
+    : accumulator(nullptr), m_Count(0), width(0), height(0) {}
+
+SuperCaptureHighLightScheme::~SuperCaptureHighLightScheme() { releaseAccumulator(accumulator); }
+
+void SuperCaptureHighLightScheme::init(unsigned int w, unsigned int h, unsigned int format) {
+  initAccumulator(accumulator, m_Count, width, height, w, h, format);
+}
+
+void SuperCaptureHighLightScheme::release() { releaseAccumulator(accumulator); }
+
+void SuperCaptureHighLightScheme::process(auto_ptr<SuperCaptureFrame>& frame) {
+  if (!usable(frame, accumulator, width, height)) return;
+  OV_LOGD("SuperCaptureHighLightScheme::process ............................ m_Count:%d\n",
+          static_cast<int>(m_Count));
+  if (frame->planes[0] != nullptr) {
+    // The first frame overwrites, so the accumulator needs no clearing pass.
+    if (m_Count == 0) {
+      supercapture::mergeCopy(accumulator, frame->planes[0], frameBytes(width, height));
+    } else {
+      supercapture::mergeAdd(accumulator, frame->planes[0], frameBytes(width, height));
+    }
+  }
+  ++m_Count;
+}
+
+void SuperCaptureHighLightScheme::getResult(auto_ptr<SuperCaptureFrame>& frame) {
+  if (!usable(frame, accumulator, width, height)) return;
+  OV_LOGD("SuperCaptureHighLightScheme::getResult ............................ m_Count:%d\n",
+          static_cast<int>(m_Count));
+  if (m_Count == 0 || frame->planes[0] == nullptr) return;
+  supercapture::resultMean(frame->planes[0], accumulator, frameBytes(width, height),
+                           static_cast<int32_t>(m_Count));
+}

@@ -1,0 +1,245 @@
+#pragma once
+
+// CPU evaluation of the filter programs, written from the filters' formulas:
+// the quad's texture coordinates, GL_LINEAR sampling with clamp-to-edge, each
+// filter's colour or coordinate mapping, and the float -> byte conversion of
+// an RGBA8 target. Pictures are stored bottom row first, as GL reads them.
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace model {
+
+struct Vec4 {
+  double r, g, b, a;
+};
+
+struct Picture {
+  int width = 0;
+  int height = 0;
+  int channels = 4;
+  std::vector<uint8_t> pixels;
+
+  Picture() = default;
+  Picture(int w, int h, int c = 4) : width(w), height(h), channels(c), pixels(size_t(w) * h * c, 0) {}
+  uint8_t* at(int x, int y) { return &pixels[(size_t(y) * width + x) * channels]; }
+  const uint8_t* at(int x, int y) const { return &pixels[(size_t(y) * width + x) * channels]; }
+};
+
+inline Vec4 texel(const Picture& p, int x, int y) {
+  x = std::clamp(x, 0, p.width - 1);
+  y = std::clamp(y, 0, p.height - 1);
+  const uint8_t* q = p.at(x, y);
+  Vec4 v{q[0] / 255.0, q[1] / 255.0, q[2] / 255.0, 1.0};
+  if (p.channels == 4) v.a = q[3] / 255.0;
+  return v;
+}
+
+inline Vec4 mix(const Vec4& a, const Vec4& b, double f) {
+  return {a.r + (b.r - a.r) * f, a.g + (b.g - a.g) * f, a.b + (b.b - a.b) * f, a.a + (b.a - a.a) * f};
+}
+
+// texture2D with GL_LINEAR filtering and GL_CLAMP_TO_EDGE wrapping.
+inline Vec4 sample(const Picture& p, double s, double t) {
+  double u = s * p.width - 0.5;
+  double v = t * p.height - 0.5;
+  double x0 = std::floor(u);
+  double y0 = std::floor(v);
+  double fx = u - x0;
+  double fy = v - y0;
+  int ix = static_cast<int>(x0);
+  int iy = static_cast<int>(y0);
+  Vec4 bottom = mix(texel(p, ix, iy), texel(p, ix + 1, iy), fx);
+  Vec4 top = mix(texel(p, ix, iy + 1), texel(p, ix + 1, iy + 1), fx);
+  return mix(bottom, top, fy);
+}
+
+inline uint8_t toByte(double v) {
+  if (!(v > 0.0)) return 0;
+  if (v >= 1.0) return 255;
+  return static_cast<uint8_t>(std::lround(v * 255.0));
+}
+
+// Rounds to the nearest half-precision value (ties to even). The programs
+// declare mediump floats, and llvmpipe (like phone GPUs) then does their
+// arithmetic in 16-bit floats: every operation's result is rounded so.
+inline double h(double x) {
+  if (x == 0.0 || !std::isfinite(x)) return x;
+  int e;
+  std::frexp(x, &e);  // |x| = m * 2^e, 0.5 <= m < 1
+  int bits = 11;
+  if (e - 1 < -14) bits -= -14 - (e - 1);  // subnormal range
+  double scale = std::ldexp(1.0, bits - e);
+  return std::nearbyint(x * scale) / scale;
+}
+
+inline Vec4 h(const Vec4& v) { return {h(v.r), h(v.g), h(v.b), h(v.a)}; }
+
+// Texture coordinates over the full-screen quad of four vertices
+// (-1,-1), (1,-1), (-1,1), (1,1), given as s,t pairs in that order.
+struct Quad {
+  double tex[8];
+};
+
+inline Quad defaultQuad() { return Quad{{1, 1, 1, 0, 0, 1, 0, 0}}; }
+
+using Shader = std::function<Vec4(double s, double t)>;
+
+// Runs `shader` for every pixel centre of a width x height viewport.
+inline Picture render(int width, int height, const Quad& quad, const Shader& shader) {
+  Picture out(width, height, 4);
+  for (int j = 0; j < height; ++j) {
+    for (int i = 0; i < width; ++i) {
+      double fx = (i + 0.5) / width;  // (x + 1) / 2
+      double fy = (j + 0.5) / height;
+      // Bilinear over the corners; exact for the parallelograms used here.
+      double s = quad.tex[0] * (1 - fx) * (1 - fy) + quad.tex[2] * fx * (1 - fy) +
+                 quad.tex[4] * (1 - fx) * fy + quad.tex[6] * fx * fy;
+      double t = quad.tex[1] * (1 - fx) * (1 - fy) + quad.tex[3] * fx * (1 - fy) +
+                 quad.tex[5] * (1 - fx) * fy + quad.tex[7] * fx * fy;
+      Vec4 c = shader(s, t);
+      uint8_t* q = out.at(i, j);
+      q[0] = toByte(c.r);
+      q[1] = toByte(c.g);
+      q[2] = toByte(c.b);
+      q[3] = toByte(c.a);
+    }
+  }
+  return out;
+}
+
+// --- the filters' formulas ---------------------------------------------------
+
+inline Shader none(const Picture& in) {
+  return [&in](double s, double t) { return sample(in, s, t); };
+}
+
+inline Shader xray(const Picture& in) {
+  return [&in](double s, double t) {
+    Vec4 c = sample(in, s, t);
+    double gray = h(1.0 - h(h(h(c.r + c.g) + c.b) / 3.0));
+    return Vec4{gray, gray, gray, 1.0};
+  };
+}
+
+// Heat map of luminance in four bands.
+inline Vec4 temperatureOf(double y) {
+  double f = h(h(16.0 * h(y - 0.5)) * h(y - 0.5));
+  if (y > 0.75) return {1.0, h(h(h(-16.0 * h(y - 0.75)) * h(y - 0.75)) + 1.0), 0.0, 1.0};
+  if (y > 0.5) return {f, 1.0, 0.0, 1.0};
+  if (y > 0.25) return {0.0, 1.0, f, 1.0};
+  return {0.0, h(h(h(-16.0 * h(y - 0.25)) * h(y - 0.25)) + 1.0), 1.0, 1.0};
+}
+
+inline double luma(const Vec4& c) { return h(h(h(c.r * h(0.299)) + h(c.g * h(0.587))) + h(c.b * h(0.114))); }
+
+inline Shader temperature(const Picture& in) {
+  return [&in](double s, double t) { return temperatureOf(luma(sample(in, s, t))); };
+}
+
+inline Shader mirror(const Picture& in, double cx, double cy) {
+  return [&in, cx, cy](double s, double t) {
+    if (s > cx) s = 2.0 * cx - s;
+    if (t > cy) t = 2.0 * cy - t;
+    return sample(in, s, t);
+  };
+}
+
+// r2 is the stored (squared) radius.
+inline Shader timetunnel(const Picture& in, double r2) {
+  return [&in, r2](double s, double t) {
+    double dx = s - 0.5, dy = t - 0.5;
+    double d = dx * dx + dy * dy;
+    if (d > r2) {
+      double f = std::sqrt(r2 / d);
+      s = f * dx + 0.5;
+      t = f * dy + 0.5;
+    }
+    return sample(in, s, t);
+  };
+}
+
+// Where the swirl reads for output coordinate (s, t); radius is the stored value.
+inline void swirlSource(double s, double t, double radius, double strength, double cx, double cy, double* os,
+                        double* ot) {
+  double dx = s - cx, dy = t - cy;
+  double d = std::sqrt(dx * dx + dy * dy);
+  *os = s;
+  *ot = t;
+  if (d < radius) {
+    double a = (radius - d) / radius;
+    a = strength * a * a;
+    *os = dx * std::cos(a) + dy * std::sin(a) + cx;
+    *ot = -dx * std::sin(a) + dy * std::cos(a) + cy;
+  }
+}
+
+inline Shader distorted(const Picture& in, double radius, double strength, double cx, double cy) {
+  return [&in, radius, strength, cx, cy](double s, double t) {
+    double os, ot;
+    swirlSource(s, t, radius, strength, cx, cy, &os, &ot);
+    return sample(in, os, ot);
+  };
+}
+
+// Both axes are measured from cx (the program never reads cy).
+inline Shader extrusion(const Picture& in, double strength, double zoom, double cx) {
+  return [&in, strength, zoom, cx](double s, double t) {
+    double dx = s - cx, dy = t - cx;
+    double f = std::pow(dx * dx + dy * dy, strength) * zoom;
+    return sample(in, dx * f + cx, dy * f + cx);
+  };
+}
+
+// The 64-step lookup: green picks two neighbouring blocks blended by its
+// fraction, blue the column (shifted by green / 5, one step off both block
+// edges), red the row. At half precision the block sum b + g0 * 64 near
+// 4096 keeps only even values and 4095 itself becomes 4096.
+inline Shader table(const Picture& in, const Picture& lut, double strength) {
+  return [&in, &lut, strength](double s, double t) {
+    Vec4 c = h(sample(in, s, t));
+    const double steps = 64.0, d1 = 63.0, total = h(steps * steps - 1.0), scale = h(d1 * 255.0 / 256.0);
+    double g = h(c.g * scale);
+    double g0 = std::floor(g);
+    double dg = h(g - g0);
+    double b = h(c.b * scale);
+    b = h(b + h(g0 / 5.0));
+    b = std::clamp(b, 1.0, d1 - 1.0);
+    double off0 = h(h(b + h(g0 * steps)) / total);
+    double off1 = h(h(b + h((g0 + 1.0) * steps)) / total);
+    Vec4 d0 = h(sample(lut, off0, c.r));
+    Vec4 dn = h(sample(lut, off1, c.r));
+    Vec4 looked = h(Vec4{h(d0.r * h(1.0 - dg)) + h(dn.r * dg), h(d0.g * h(1.0 - dg)) + h(dn.g * dg),
+                         h(d0.b * h(1.0 - dg)) + h(dn.b * dg), 0.0});
+    double k = h(1.0 - strength);
+    Vec4 out = h(Vec4{h(c.r * k) + h(looked.r * strength), h(c.g * k) + h(looked.g * strength),
+                      h(c.b * k) + h(looked.b * strength), 1.0});
+    out.a = 1.0;
+    return out;
+  };
+}
+
+// --- comparison ------------------------------------------------------------
+
+// Largest per-channel difference, and where it is.
+struct Difference {
+  int worst = 0;
+  int x = -1, y = -1, channel = -1;
+};
+
+inline Difference compare(const Picture& a, const uint8_t* b) {
+  Difference d;
+  for (int y = 0; y < a.height; ++y) {
+    for (int x = 0; x < a.width; ++x) {
+      for (int c = 0; c < 4; ++c) {
+        int diff = std::abs(int(a.at(x, y)[c]) - int(b[(size_t(y) * a.width + x) * 4 + c]));
+        if (diff > d.worst) d = Difference{diff, x, y, c};
+      }
+    }
+  }
+  return d;
+}
+
+}  // namespace model

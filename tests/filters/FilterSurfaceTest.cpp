@@ -1,0 +1,206 @@
+// The two on-surface paths of the filters: a camera-style external texture
+// drawn by render() into a framebuffer the caller bound, and a filter drawn
+// onto an X11 window surface and read back from the screen.
+#include <EGL/egl.h>
+#include <EGL/eglext.h>
+#include <android/native_window_host.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+
+#include "filters/FilterModel.h"
+#include "filters/ImageFilters.h"
+#include "gpu/GLHeaders.h"
+#include "gpu/GPUEngine.h"
+#include "gpu/GPUScript.h"
+#include "support/LogCapture.h"
+
+using model::Picture;
+
+namespace {
+
+// 1 byte where only texel centres are sampled, 2 where the program computes.
+const int kTolerance = 2;
+
+std::string gCacheDir;
+
+class FilterSurface : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    char pattern[] = "/tmp/filters-surfaceXXXXXX";
+    ASSERT_NE(mkdtemp(pattern), nullptr);
+    gCacheDir = std::string(pattern) + "/";
+    GPUScript::setCacheDirectory(gCacheDir.c_str());
+  }
+  static void TearDownTestSuite() {
+    std::string cmd = "rm -rf '" + gCacheDir + "'";
+    EXPECT_EQ(system(cmd.c_str()), 0);
+    GPUScript::setCacheDirectory(nullptr);
+  }
+};
+
+Picture noise(int w, int h, unsigned seed) {
+  Picture p(w, h);
+  std::mt19937 rng(seed);
+  for (auto& v : p.pixels) v = static_cast<uint8_t>(rng() & 0xff);
+  return p;
+}
+
+GLuint makeTexture(const Picture& p) {
+  GLuint tex = 0;
+  glGenTextures(1, &tex);
+  glBindTexture(GL_TEXTURE_2D, tex);
+  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, p.width, p.height, 0, GL_RGBA, GL_UNSIGNED_BYTE, p.pixels.data());
+  // Complete without mipmaps, as an EGLImage source must be.
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+  glBindTexture(GL_TEXTURE_2D, 0);
+  return tex;
+}
+
+// A real external texture: an EGLImage of a 2D texture bound to
+// GL_TEXTURE_EXTERNAL_OES, as a camera stream would provide.
+struct ExternalTexture {
+  EGLDisplay display = EGL_NO_DISPLAY;
+  EGLImageKHR image = EGL_NO_IMAGE_KHR;
+  GLuint source = 0;
+  GLuint texture = 0;
+
+  bool make(const Picture& p) {
+    auto createImage = reinterpret_cast<PFNEGLCREATEIMAGEKHRPROC>(eglGetProcAddress("eglCreateImageKHR"));
+    auto target = reinterpret_cast<PFNGLEGLIMAGETARGETTEXTURE2DOESPROC>(
+        eglGetProcAddress("glEGLImageTargetTexture2DOES"));
+    if (createImage == nullptr || target == nullptr) return false;
+    display = eglGetCurrentDisplay();
+    source = makeTexture(p);
+    const EGLint attributes[] = {EGL_GL_TEXTURE_LEVEL_KHR, 0, EGL_NONE};
+    image = createImage(display, eglGetCurrentContext(), EGL_GL_TEXTURE_2D_KHR,
+                        reinterpret_cast<EGLClientBuffer>(static_cast<uintptr_t>(source)), attributes);
+    if (image == EGL_NO_IMAGE_KHR) return false;
+    glGenTextures(1, &texture);
+    glBindTexture(GL_TEXTURE_EXTERNAL_OES, texture);
+    target(GL_TEXTURE_EXTERNAL_OES, image);
+    glBindTexture(GL_TEXTURE_EXTERNAL_OES, 0);
+    return glGetError() == GL_NO_ERROR;
+  }
+  ~ExternalTexture() {
+    if (texture != 0) glDeleteTextures(1, &texture);
+    if (source != 0) glDeleteTextures(1, &source);
+    auto destroyImage = reinterpret_cast<PFNEGLDESTROYIMAGEKHRPROC>(eglGetProcAddress("eglDestroyImageKHR"));
+    if (image != EGL_NO_IMAGE_KHR && destroyImage != nullptr) destroyImage(display, image);
+  }
+};
+
+// An RGBA texture in a framebuffer of the caller's, bound for drawing.
+struct Target {
+  GLuint texture = 0;
+  GLuint framebuffer = 0;
+  int width, height;
+
+  Target(int w, int h) : width(w), height(h) {
+    glGenTextures(1, &texture);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, w, h, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    glGenFramebuffers(1, &framebuffer);
+    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture, 0);
+  }
+  std::vector<uint8_t> read() {
+    std::vector<uint8_t> px(size_t(width) * height * 4, 0);
+    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+    glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, px.data());
+    return px;
+  }
+  ~Target() {
+    glBindFramebuffer(GL_FRAMEBUFFER, 0);
+    glDeleteFramebuffers(1, &framebuffer);
+    glDeleteTextures(1, &texture);
+  }
+};
+
+bool exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
+
+}  // namespace
+
+TEST_F(FilterSurface, ExternalTextureDrawsIntoTheCallersFramebuffer) {
+  // The test's engine plays the GL view's renderer thread.
+  auto_ptr<GPUEngine> engine(new GPUEngine(nullptr, 0, 0));
+  ASSERT_TRUE(engine->setup());
+  engine->startup();
+  {
+    Picture in = noise(32, 32, 11);
+    ExternalTexture camera;
+    ASSERT_TRUE(camera.make(in));
+
+    auto_ptr<ImageFilterBaseGL> f(ImageFilterFactory::createFilter("ImageFilterXray"));
+    LogCapture cap;
+    ASSERT_TRUE(f->setupGraphics(0));
+    char line[128];
+    for (const char* step : {"1", "1  1", "1  2", "1  5", "4"}) {
+      snprintf(line, sizeof(line), "ImageFilterBaseGL::setupGraphics  %s this:%p", step, f.get());
+      EXPECT_EQ(cap.count(line), 1) << line;
+    }
+    EXPECT_EQ(f->framebuffer, nullptr);
+    // The external program has a cache name of its own.
+    EXPECT_STREQ(f->program->getScript()->getName(), "ImageFilterXray_oes");
+
+    // A 40 x 24 view of the 32 x 32 camera picture.
+    Target target(40, 24);
+    f->setTexture(static_cast<int>(camera.texture), 32, 32, 40, 24);
+    f->render();
+    std::vector<uint8_t> out = target.read();
+    model::Difference d =
+        model::compare(model::render(40, 24, model::defaultQuad(), model::xray(in)), out.data());
+    EXPECT_LE(d.worst, kTolerance) << d.x << " " << d.y << " " << d.channel;
+
+    // A second texture name is ignored: the first stays the input.
+    Picture other = noise(32, 32, 12);
+    ExternalTexture second;
+    ASSERT_TRUE(second.make(other));
+    Target again(40, 24);
+    f->setTexture(static_cast<int>(second.texture), 32, 32, 40, 24);
+    f->render();
+    EXPECT_EQ(again.read(), out);
+  }
+  // The cache file is written once the program lets go of its script.
+  EXPECT_TRUE(exists(gCacheDir + "ImageFilterXray_oes.osb"));
+  EXPECT_FALSE(exists(gCacheDir + "ImageFilterXray.osb"));
+  engine->close();
+  engine->destroy();
+}
+
+TEST_F(FilterSurface, FilterOnAWindowReachesTheScreen) {
+  const int w = 48, h = 48;  // square: the quarter turn samples texel centres
+  ANativeWindow* window = ANativeWindowHost_create(w, h);
+  ASSERT_NE(window, nullptr);
+  {
+    auto_ptr<GPUEngine> engine(new GPUEngine(window, 0, 0));
+    ASSERT_TRUE(engine->setup());
+    engine->startup();
+    Picture in = noise(w, h, 13);
+    {
+      auto_ptr<ImageFilterBaseGL> f(ImageFilterFactory::createFilter("ImageFilterTemperature"));
+      ASSERT_TRUE(f->setupGraphics(1));
+      f->setBitmap(in.pixels.data(), w, h);
+      f->render();
+      engine->flush();
+    }
+    std::vector<uint8_t> screen(size_t(w) * h * 4);
+    ASSERT_EQ(ANativeWindowHost_readPixels(window, screen.data(), static_cast<int64_t>(screen.size())), 0);
+    // The screenshot is top row first; GL's rows start at the bottom.
+    std::vector<uint8_t> flipped(screen.size());
+    for (int y = 0; y < h; ++y)
+      memcpy(&flipped[size_t(y) * w * 4], &screen[size_t(h - 1 - y) * w * 4], w * 4);
+    model::Difference d =
+        model::compare(model::render(w, h, model::defaultQuad(), model::temperature(in)), flipped.data());
+    EXPECT_LE(d.worst, kTolerance) << d.x << " " << d.y << " " << d.channel;
+    engine->close();
+    engine->destroy();
+  }
+  ANativeWindow_release(window);
+}

@@ -1,0 +1,374 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <random>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "supercapture/SuperCapture.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+// A pipeline whose worker starts only when the test says so, so that frames
+// can be stacked up first and the worker's order becomes deterministic.
+struct DeferredCapture : SuperCapture {
+  int start() override { return 0; }
+  int launch() { return Thread::start(); }
+};
+
+SuperCapture* of(intptr_t handle) { return reinterpret_cast<SuperCapture*>(handle); }
+
+// Frames the worker has taken are merged (it takes and merges under one
+// lock), so an empty queue means every pushed frame is in the merge.
+bool waitUntilTaken(SuperCapture* c) {
+  auto t0 = std::chrono::steady_clock::now();
+  while (c->getQueuedCount() != 0) {
+    if (std::chrono::steady_clock::now() - t0 > std::chrono::seconds(60)) return false;
+    std::this_thread::yield();
+  }
+  return true;
+}
+
+int push(intptr_t handle, Bytes& pixels) {
+  unsigned char* planes[4] = {pixels.data(), nullptr, nullptr, nullptr};
+  return super_capture_module_push_frame(handle, planes);
+}
+
+// Pops into a buffer one byte longer than the frame, pre-filled with 0xEE.
+Bytes pop(intptr_t handle, size_t frameBytes, int* rc = nullptr) {
+  Bytes out(frameBytes + 1, 0xEE);
+  unsigned char* planes[4] = {out.data(), nullptr, nullptr, nullptr};
+  int r = super_capture_module_pop_frame(handle, planes);
+  if (rc != nullptr) *rc = r;
+  return out;
+}
+
+// A frame whose even (luma) bytes are all `luma` and whose odd bytes follow
+// `odd` cyclically.
+Bytes frame(unsigned w, unsigned h, unsigned char luma, std::vector<unsigned char> odd) {
+  Bytes f(w * h * 2);
+  for (size_t i = 0; i < f.size(); i += 2) {
+    f[i] = luma;
+    f[i + 1] = odd[(i / 2) % odd.size()];
+  }
+  return f;
+}
+
+std::string hex(const void* p) {
+  std::ostringstream s;
+  s << p;
+  return s.str();
+}
+
+// Runs a whole burst through the flat interface and waits for every frame to
+// be merged before popping.
+Bytes burst(std::vector<Bytes> frames, unsigned w, unsigned h) {
+  intptr_t handle = super_capture_module_init(static_cast<int>(w), static_cast<int>(h), 1);
+  EXPECT_NE(handle, 0);
+  for (auto& f : frames) EXPECT_EQ(push(handle, f), 0);
+  EXPECT_TRUE(waitUntilTaken(of(handle)));
+  int rc = -7;
+  Bytes out = pop(handle, w * h * 2, &rc);
+  EXPECT_EQ(rc, 0);
+  super_capture_module_destroy(handle);
+  return out;
+}
+
+TEST(SuperCapturePipeline, ThresholdOnFirstFrameChoosesMaximumOrMean) {
+  // Odd bytes over the burst: 10, 200, 50 -> max 200, mean 260 / 3 = 86;
+  // 3, 4, 255 -> max 255, mean 262 / 3 = 87.
+  auto make = [](unsigned char luma) {
+    return std::vector<Bytes>{frame(4, 2, luma, {10, 3}), frame(4, 2, luma, {200, 4}),
+                              frame(4, 2, luma, {50, 255})};
+  };
+  LogCapture cap;
+  Bytes dark = burst(make(24), 4, 2);
+  EXPECT_EQ(cap.count("SuperCapture::run lum:24 select scheme"), 1);
+  Bytes bright = burst(make(25), 4, 2);
+  EXPECT_EQ(cap.count("SuperCapture::run lum:25 select scheme"), 1);
+  Bytes expectDark = frame(4, 2, 24, {200, 255});
+  Bytes expectBright = frame(4, 2, 25, {86, 87});
+  expectDark.push_back(0xEE);  // nothing written past W x H x 2 bytes
+  expectBright.push_back(0xEE);
+  EXPECT_EQ(dark, expectDark);
+  EXPECT_EQ(bright, expectBright);
+  EXPECT_EQ(cap.countPrefix("SuperCaptureLowLightScheme::process"), 3);
+  EXPECT_EQ(cap.countPrefix("SuperCaptureHighLightScheme::process"), 3);
+}
+
+TEST(SuperCapturePipeline, BrightnessIsTheTruncatedMeanOfEvenBytes) {
+  // Even bytes 0 and 49 alternate over 4 pixels: 98 / 4 = 24 (low light),
+  // although most odd bytes are bright.
+  Bytes f = {0, 255, 49, 255, 0, 255, 49, 255};
+  LogCapture cap;
+  Bytes out = burst({f}, 2, 2);
+  EXPECT_EQ(cap.count("SuperCapture::run lum:24 select scheme"), 1);
+  EXPECT_EQ(cap.countPrefix("SuperCaptureLowLightScheme::getResult"), 1);
+  EXPECT_TRUE(std::equal(f.begin(), f.end(), out.begin()));
+}
+
+TEST(SuperCapturePipeline, NewestFrameIsTakenFirstAndCarriesTheResult) {
+  LogCapture cap;
+  DeferredCapture c;
+  ASSERT_EQ(c.init(2, 1, 1), 0);
+  // Oldest to newest: bright, bright, dark. Taken newest first, the dark
+  // frame picks the maximum merge.
+  std::vector<Bytes> frames = {{100, 1, 100, 2}, {90, 5, 90, 0}, {20, 3, 20, 9}};
+  for (auto& f : frames) {
+    unsigned char* planes[4] = {f.data(), nullptr, nullptr, nullptr};
+    ASSERT_EQ(c.pushFrame(planes), 0);
+  }
+  EXPECT_EQ(c.getQueuedCount(), 3u);
+  ASSERT_EQ(c.launch(), 0);
+  ASSERT_TRUE(waitUntilTaken(&c));
+  Bytes out(4, 0);
+  unsigned char* planes[4] = {out.data(), nullptr, nullptr, nullptr};
+  EXPECT_EQ(c.popFrame(planes), 0);
+  EXPECT_EQ(cap.count("SuperCapture::run lum:20 select scheme"), 1);
+  EXPECT_EQ(out, (Bytes{100, 5, 100, 9}));
+  // The merged picture is written into the last frame taken: the oldest (id 1).
+  auto_ptr<SuperCaptureFrame> carrier = c.getResultFrame();
+  ASSERT_NE(carrier.get(), nullptr);
+  EXPECT_EQ(carrier->id, 1u);
+  EXPECT_EQ(Bytes(carrier->planes[0], carrier->planes[0] + 4), out);
+  c.final();
+}
+
+TEST(SuperCapturePipeline, FrameIdsFollowTheQueueLength) {
+  DeferredCapture c;
+  ASSERT_EQ(c.init(1, 1, 1), 0);
+  Bytes px = {30, 30};
+  unsigned char* planes[4] = {px.data(), nullptr, nullptr, nullptr};
+  c.pushFrame(planes);
+  c.pushFrame(planes);
+  ASSERT_EQ(c.launch(), 0);
+  ASSERT_TRUE(waitUntilTaken(&c));
+  c.pushFrame(planes);  // the queue is empty again: id 1 repeats
+  ASSERT_TRUE(waitUntilTaken(&c));
+  Bytes out(2);
+  unsigned char* outPlanes[4] = {out.data(), nullptr, nullptr, nullptr};
+  c.popFrame(outPlanes);
+  EXPECT_EQ(c.getResultFrame()->id, 1u);
+  c.final();
+}
+
+TEST(SuperCapturePipeline, InitRefusesBadArgumentsAndLogs) {
+  LogCapture cap;
+  EXPECT_EQ(super_capture_module_init(640, 480, 2), 0);
+  EXPECT_EQ(super_capture_module_init(0, 480, 1), 0);
+  EXPECT_EQ(super_capture_module_init(640, 0, 1), 0);
+  EXPECT_EQ(super_capture_module_init(640, 480, 0), 0);
+  EXPECT_EQ(super_capture_module_init(-640, 480, 1), 0);
+  EXPECT_EQ(super_capture_module_init(65536, 8192, 1), 0);  // accumulator needs 2^32 bytes
+  EXPECT_EQ(cap.count("super_capture_module_init   width:640, height:480, format:2\n"), 1);
+  EXPECT_EQ(cap.count("super_capture_module_init   width:-640, height:480, format:1\n"), 1);
+  EXPECT_EQ(cap.count("SuperSensor::init ..............................................\n"), 6);
+  EXPECT_EQ(cap.countPrefix("SuperCapture::run"), 0);  // no worker was started
+
+  intptr_t h = super_capture_module_init(640, 480, 1);
+  EXPECT_NE(h, 0);
+  EXPECT_EQ(of(h)->init(640, 480, 1), -1);  // one worker per pipeline
+  super_capture_module_destroy(h);
+}
+
+TEST(SuperCapturePipeline, FlatFunctionsRefuseWithTheirCodesAndLogLines) {
+  LogCapture cap;
+  Bytes px(8, 1);
+  unsigned char* none[4] = {nullptr, nullptr, nullptr, nullptr};
+  unsigned char* noFirst[4] = {nullptr, px.data(), nullptr, nullptr};
+  EXPECT_EQ(super_capture_module_push_frame(0, none), -1);
+  EXPECT_EQ(super_capture_module_pop_frame(0, none), -1);
+  EXPECT_EQ(cap.count("super_capture_module_push_frame   handle:0, planes[0]:(nil), planes[1]:(nil), "
+                      "planes[2]:(nil), planes[3]:(nil)\n"),
+            1);
+  EXPECT_EQ(cap.count("super_capture_module_pop_frame   handle:0, planes[0]:(nil), planes[1]:(nil), "
+                      "planes[2]:(nil), planes[3]:(nil)\n"),
+            1);
+  cap.clear();
+  super_capture_module_destroy(0);
+  EXPECT_EQ(cap.texts(), (std::vector<std::string>{"super_capture_module_destroy   handle:0\n",
+                                                   "super_capture_module_destroy   handle:0   2\n"}));
+
+  intptr_t h = super_capture_module_init(2, 2, 1);
+  ASSERT_NE(h, 0);
+  EXPECT_EQ(super_capture_module_push_frame(h, none), -1);
+  EXPECT_EQ(super_capture_module_push_frame(h, nullptr), -1);
+  EXPECT_EQ(super_capture_module_push_frame(h, noFirst), -3);
+  EXPECT_EQ(of(h)->getQueuedCount(), 0u);
+  EXPECT_EQ(super_capture_module_pop_frame(h, none), -1);
+  EXPECT_EQ(super_capture_module_pop_frame(h, nullptr), -1);
+  super_capture_module_destroy(h);
+}
+
+TEST(SuperCapturePipeline, OneBurstLogsEveryStepInOrder) {
+  LogCapture cap;
+  intptr_t h = super_capture_module_init(2, 2, 1);
+  ASSERT_NE(h, 0);
+  std::string hs = std::to_string(h);
+  Bytes px = {30, 1, 30, 2, 30, 3, 30, 4};
+  Bytes out(8, 0);
+  unsigned char* in[4] = {px.data(), nullptr, nullptr, nullptr};
+  unsigned char* outPlanes[4] = {out.data(), nullptr, nullptr, nullptr};
+  EXPECT_EQ(super_capture_module_push_frame(h, in), 0);
+  ASSERT_TRUE(waitUntilTaken(of(h)));
+  EXPECT_EQ(super_capture_module_pop_frame(h, outPlanes), 0);
+  EXPECT_EQ(out, px);
+  super_capture_module_destroy(h);
+
+  const std::string p0 = hex(px.data()), o0 = hex(out.data());
+  const std::vector<std::string> expected = {
+      "super_capture_module_init   width:2, height:2, format:1\n",
+      "SuperSensor::init ..............................................\n",
+      "super_capture_module_push_frame   handle:" + hs + ", planes[0]:" + p0 +
+          ", planes[1]:(nil), planes[2]:(nil), planes[3]:(nil)\n",
+      "SuperSensor::pushFrame ..............................................planes[0]:" + p0 +
+          ", planes[1]:(nil), planes[2]:(nil), planes[3]:(nil) \n",
+      "SuperCapture::pushFrame success\n",
+      "super_capture_module_pop_frame   handle:" + hs + ", planes[0]:" + o0 +
+          ", planes[1]:(nil), planes[2]:(nil), planes[3]:(nil)\n",
+      "SuperCapture::popFrame .....................0",
+      "SuperCapture::popFrame ..................... 1",
+      "SuperCapture::popFrame ..................... 2",
+      "SuperCapture::popFrame ..................... 3",
+      "SuperCapture::popFrame ..................... 4",
+      "super_capture_module_destroy   handle:" + hs + "\n",
+      "SuperCapture::final .....................  1",
+      "SuperCapture::final .....................  2",
+      "SuperCapture::final .....................  3",
+      "SuperCapture::final .....................  4",
+      "super_capture_module_destroy   handle:" + hs + "   2\n",
+  };
+  // The worker's own lines interleave with the caller's; take them apart.
+  const std::vector<std::string> workerLines = {
+      "SuperCapture::run  startup...............................\n",
+      "SuperCapture::run   getFrame\n",
+      "SuperCapture::run lum:30 select scheme",
+      "SuperCaptureHighLightScheme::process ............................ m_Count:0\n",
+  };
+  // The worker's closing lines come once pop has closed the burst (after
+  // its line 1) and before pop stops waiting (its line 3).
+  const std::vector<std::string> closingLines = {
+      "Scheme return result\n",
+      "SuperCaptureHighLightScheme::getResult ............................ m_Count:1\n",
+  };
+  std::vector<std::string> caller, worker, closing;
+  const auto texts = cap.texts();
+  size_t pop1 = texts.size(), pop3 = 0, firstClosing = texts.size(), lastClosing = 0;
+  for (size_t i = 0; i < texts.size(); ++i) {
+    const auto& t = texts[i];
+    if (t == "SuperCapture::popFrame ..................... 1") pop1 = i;
+    if (t == "SuperCapture::popFrame ..................... 3") pop3 = i;
+    if (std::find(closingLines.begin(), closingLines.end(), t) != closingLines.end()) {
+      closing.push_back(t);
+      firstClosing = std::min(firstClosing, i);
+      lastClosing = i;
+    } else if (std::find(workerLines.begin(), workerLines.end(), t) != workerLines.end()) {
+      worker.push_back(t);
+    } else {
+      caller.push_back(t);
+    }
+  }
+  EXPECT_EQ(caller, expected);
+  EXPECT_EQ(worker, workerLines);
+  EXPECT_EQ(closing, closingLines);
+  EXPECT_LT(pop1, firstClosing);
+  EXPECT_LT(lastClosing, pop3);
+}
+
+TEST(SuperCapturePipeline, PopWithoutFramesAndTwiceReturnsZeroAndCopiesNothing) {
+  intptr_t h = super_capture_module_init(4, 4, 1);
+  ASSERT_NE(h, 0);
+  int rc = -7;
+  Bytes out = pop(h, 32, &rc);
+  EXPECT_EQ(rc, 0);
+  EXPECT_EQ(out, Bytes(33, 0xEE));
+  out = pop(h, 32, &rc);
+  EXPECT_EQ(rc, 0);
+  EXPECT_EQ(out, Bytes(33, 0xEE));
+  super_capture_module_destroy(h);
+}
+
+TEST(SuperCapturePipeline, FramesAfterPopAreNotMergedAndDestroyFreesQueuedFrames) {
+  intptr_t h = super_capture_module_init(2, 1, 1);
+  ASSERT_NE(h, 0);
+  Bytes a = {40, 7, 40, 9};
+  ASSERT_EQ(push(h, a), 0);
+  ASSERT_TRUE(waitUntilTaken(of(h)));
+  Bytes out = pop(h, 4);
+  EXPECT_TRUE(std::equal(a.begin(), a.end(), out.begin()));
+  Bytes late = {255, 255, 255, 255};
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(push(h, late), 0);
+  EXPECT_EQ(of(h)->getQueuedCount(), 3u);  // the worker has finished
+  out = pop(h, 4);
+  EXPECT_TRUE(std::equal(a.begin(), a.end(), out.begin()));
+  super_capture_module_destroy(h);  // LeakSanitizer checks the three frames
+}
+
+TEST(SuperCapturePipeline, DestroyWithoutPopDoesNotHang) {
+  for (int i = 0; i < 20; ++i) {
+    intptr_t h = super_capture_module_init(16, 16, 1);
+    ASSERT_NE(h, 0);
+    Bytes px(512, static_cast<unsigned char>(i * 10));
+    for (int k = 0; k < i % 4; ++k) push(h, px);
+    super_capture_module_destroy(h);
+  }
+  DeferredCapture never;  // started per init, but no thread was ever made
+  EXPECT_EQ(never.init(2, 2, 1), 0);
+}
+
+// Burst k of thread t: dark or bright by k, so both schemes run; expected
+// results are computed from the definition.
+Bytes runBurst(unsigned seed, unsigned w, unsigned h) {
+  std::mt19937 rng(seed);
+  bool dark = seed % 2 == 0;
+  size_t n = w * h * 2;
+  std::vector<Bytes> frames(10, Bytes(n));
+  std::vector<int> maxRef(n, 0), sumRef(n, 0);
+  for (auto& f : frames) {
+    for (size_t i = 0; i < n; ++i) {
+      f[i] = static_cast<unsigned char>(dark && i % 2 == 0 ? rng() % 40 : rng());
+      maxRef[i] = std::max<int>(maxRef[i], f[i]);
+      sumRef[i] += f[i];
+    }
+    if (!dark) {
+      for (size_t i = 0; i < n; i += 2) f[i] |= 0x80;  // luma well above 25
+    }
+  }
+  if (!dark) {
+    std::fill(sumRef.begin(), sumRef.end(), 0);
+    for (auto& f : frames)
+      for (size_t i = 0; i < n; ++i) sumRef[i] += f[i];
+  }
+  Bytes got = burst(frames, w, h);
+  for (size_t i = 0; i < n; ++i) {
+    int want = dark ? maxRef[i] : sumRef[i] / 10;
+    if (got[i] != want) {
+      ADD_FAILURE() << "seed " << seed << " byte " << i << ": " << int(got[i]) << " != " << want;
+      break;
+    }
+  }
+  return got;
+}
+
+TEST(SuperCapturePipeline, HundredFullBurstsInALoop) {
+  for (unsigned k = 0; k < 100; ++k) runBurst(k, 17, 9);
+}
+
+TEST(SuperCapturePipeline, FourPipelinesFromFourThreads) {
+  std::vector<std::thread> threads;
+  for (unsigned t = 0; t < 4; ++t) {
+    threads.emplace_back([t] {
+      for (unsigned k = 0; k < 10; ++k) runBurst(1000 + t * 100 + k, 32, 24);
+    });
+  }
+  for (auto& th : threads) th.join();
+}
+
+}  // namespace

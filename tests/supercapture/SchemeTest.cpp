@@ -1,0 +1,199 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "core/Memory.h"
+#include "supercapture/SuperCaptureFrame.h"
+#include "supercapture/SuperCaptureScheme.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+auto_ptr<SuperCaptureFrame> frameOf(Bytes& pixels, unsigned w, unsigned h) {
+  unsigned char* planes[4] = {pixels.data(), nullptr, nullptr, nullptr};
+  return auto_ptr<SuperCaptureFrame>(SuperCaptureFrame::createFrame(1, w, h, 1, planes));
+}
+
+Bytes readBack(const auto_ptr<SuperCaptureFrame>& f) {
+  return Bytes(f->planes[0], f->planes[0] + f->width * f->height * 2);
+}
+
+// Merges `frames` through a scheme and returns the bytes written into a
+// carrier frame that starts filled with `carrierFill`.
+template <typename Scheme>
+Bytes merge(std::vector<Bytes> frames, unsigned w, unsigned h, unsigned char carrierFill = 0x5A) {
+  auto_ptr<Scheme> s(new Scheme());
+  s->init(w, h, 1);
+  for (auto& f : frames) {
+    auto_ptr<SuperCaptureFrame> frame = frameOf(f, w, h);
+    s->process(frame);
+  }
+  Bytes fill(w * h * 2, carrierFill);
+  auto_ptr<SuperCaptureFrame> carrier = frameOf(fill, w, h);
+  s->getResult(carrier);
+  return readBack(carrier);
+}
+
+TEST(SuperCaptureScheme, LowLightKeepsTheMaximumOfWorkedExamples) {
+  // 2x1 pixels = 4 bytes; position 1 takes 10, 200, 50 over the burst.
+  std::vector<Bytes> burst = {{0, 10, 255, 7}, {1, 200, 0, 7}, {0, 50, 254, 8}};
+  EXPECT_EQ(merge<SuperCaptureLowLightScheme>(burst, 2, 1), (Bytes{1, 200, 255, 8}));
+  EXPECT_EQ(merge<SuperCaptureLowLightScheme>({{9, 0, 128, 255}}, 2, 1), (Bytes{9, 0, 128, 255}));
+}
+
+TEST(SuperCaptureScheme, HighLightTakesTheTruncatedMeanOfWorkedExamples) {
+  // 10, 20, 31 -> 61 / 3 = 20; 255 x 3 stays 255; 1, 1, 0 -> 0; 254, 255, 255 -> 254.
+  std::vector<Bytes> burst = {{10, 255, 1, 254}, {20, 255, 1, 255}, {31, 255, 0, 255}};
+  EXPECT_EQ(merge<SuperCaptureHighLightScheme>(burst, 2, 1), (Bytes{20, 255, 0, 254}));
+  EXPECT_EQ(merge<SuperCaptureHighLightScheme>({{9, 0, 128, 255}}, 2, 1), (Bytes{9, 0, 128, 255}));
+}
+
+TEST(SuperCaptureScheme, VectorPathsMatchThePerByteDefinition) {
+  std::mt19937 rng(7);
+  // Sizes whose byte counts are and are not multiples of the vector step.
+  for (auto wh : {std::pair<unsigned, unsigned>{1, 1}, {3, 1}, {8, 2}, {37, 5}, {64, 33}}) {
+    unsigned n = wh.first * wh.second * 2;
+    for (int frames : {1, 2, 7}) {
+      std::vector<Bytes> burst(frames, Bytes(n));
+      std::vector<int> maxRef(n, 0), sumRef(n, 0);
+      for (auto& f : burst) {
+        for (unsigned i = 0; i < n; ++i) {
+          f[i] = static_cast<unsigned char>(rng());
+          maxRef[i] = std::max<int>(maxRef[i], f[i]);
+          sumRef[i] += f[i];
+        }
+      }
+      Bytes low = merge<SuperCaptureLowLightScheme>(burst, wh.first, wh.second);
+      Bytes high = merge<SuperCaptureHighLightScheme>(burst, wh.first, wh.second);
+      for (unsigned i = 0; i < n; ++i) {
+        ASSERT_EQ(low[i], maxRef[i]) << "byte " << i << " of " << n;
+        ASSERT_EQ(high[i], sumRef[i] / frames) << "byte " << i << " of " << n;
+      }
+    }
+  }
+}
+
+TEST(SuperCaptureScheme, LogLinesCarryTheCountBeforeIncrement) {
+  LogCapture cap;
+  std::vector<Bytes> burst(3, Bytes(8, 1));
+  merge<SuperCaptureLowLightScheme>(burst, 2, 2);
+  merge<SuperCaptureHighLightScheme>(burst, 2, 2);
+  for (int k = 0; k < 3; ++k) {
+    std::string c = std::to_string(k);
+    EXPECT_EQ(
+        cap.count("SuperCaptureLowLightScheme::process ............................m_Count:" + c + "\n"), 1);
+    EXPECT_EQ(
+        cap.count("SuperCaptureHighLightScheme::process ............................ m_Count:" + c + "\n"),
+        1);
+  }
+  EXPECT_EQ(cap.count("SuperCaptureLowLightScheme::getResult ............................ m_Count:3\n"), 1);
+  EXPECT_EQ(cap.count("SuperCaptureHighLightScheme::getResult ............................ m_Count:3\n"), 1);
+  EXPECT_EQ(cap.lines().size(), 8u);
+  for (const auto& l : cap.lines()) {
+    EXPECT_EQ(l.priority, 3);
+    EXPECT_EQ(l.tag, "@@@");
+  }
+}
+
+template <typename Scheme>
+void expectRefusedInit(unsigned w, unsigned h, unsigned format) {
+  LogCapture cap;
+  auto_ptr<Scheme> s(new Scheme());
+  s->init(w, h, format);
+  EXPECT_EQ(s->getAccumulator(), nullptr) << w << "x" << h << " format " << format;
+  Bytes px(32, 9);
+  auto_ptr<SuperCaptureFrame> f = frameOf(px, 4, 4);
+  s->process(f);
+  s->getResult(f);
+  EXPECT_EQ(s->getCount(), 0u);
+  EXPECT_EQ(cap.lines().size(), 0u);  // refused calls log nothing
+  EXPECT_EQ(readBack(f), px);
+}
+
+TEST(SuperCaptureScheme, InitRefusesBadFormatsSizesAndOverflow) {
+  const unsigned bad[][3] = {{640, 480, 2},
+                             {0, 480, 1},
+                             {640, 0, 1},
+                             {640, 480, 0},
+                             // W x H x 8 = 2^32 (the frame alone would fit)
+                             {65536, 8192, 1},
+                             // W x H x 2 = 2^32
+                             {65536, 32768, 1},
+                             {0xFFFFFFFFu, 0xFFFFFFFFu, 1}};
+  for (const auto& b : bad) {
+    expectRefusedInit<SuperCaptureLowLightScheme>(b[0], b[1], b[2]);
+    expectRefusedInit<SuperCaptureHighLightScheme>(b[0], b[1], b[2]);
+  }
+}
+
+TEST(SuperCaptureScheme, HighLightResultWithoutFramesWritesNothing) {
+  auto_ptr<SuperCaptureHighLightScheme> s(new SuperCaptureHighLightScheme());
+  s->init(2, 2, 1);
+  Bytes px(8, 77);
+  auto_ptr<SuperCaptureFrame> f = frameOf(px, 2, 2);
+  s->getResult(f);
+  EXPECT_EQ(readBack(f), px);
+}
+
+TEST(SuperCaptureScheme, ReleaseAndSmallFramesStopTheMerge) {
+  auto_ptr<SuperCaptureLowLightScheme> s(new SuperCaptureLowLightScheme());
+  s->init(4, 4, 1);
+  ASSERT_NE(s->getAccumulator(), nullptr);
+  Bytes small(8, 200);
+  auto_ptr<SuperCaptureFrame> tooSmall = frameOf(small, 2, 2);
+  s->process(tooSmall);  // 8 bytes cannot feed a 32-byte accumulator
+  EXPECT_EQ(s->getCount(), 0u);
+  s->release();
+  EXPECT_EQ(s->getAccumulator(), nullptr);
+  s->release();
+  Bytes px(32, 3);
+  auto_ptr<SuperCaptureFrame> f = frameOf(px, 4, 4);
+  s->process(f);
+  EXPECT_EQ(s->getCount(), 0u);
+  auto_ptr<SuperCaptureFrame> none;
+  s->process(none);
+  s->getResult(none);
+}
+
+TEST(SuperCaptureFrame, CreateCopiesPlaneZeroAndRefusesBadArguments) {
+  Bytes px = {1, 2, 3, 4, 5, 6, 7, 8};
+  unsigned char other = 0;
+  unsigned char* planes[4] = {px.data(), &other, &other, &other};
+  auto_ptr<SuperCaptureFrame> f(SuperCaptureFrame::createFrame(9, 2, 2, 1, planes));
+  ASSERT_NE(f.get(), nullptr);
+  EXPECT_EQ(f->getRefCount(), 1);
+  EXPECT_EQ(f->id, 9u);
+  EXPECT_EQ(f->width, 2u);
+  EXPECT_EQ(f->height, 2u);
+  EXPECT_EQ(f->format, 1u);
+  EXPECT_NE(f->planes[0], px.data());
+  EXPECT_EQ(f->planes[1], nullptr);
+  EXPECT_EQ(f->planes[3], nullptr);
+  px[0] = 99;  // a copy, not a view
+  EXPECT_EQ(readBack(f), (Bytes{1, 2, 3, 4, 5, 6, 7, 8}));
+
+  EXPECT_EQ(SuperCaptureFrame::createFrame(1, 2, 2, 2, planes), nullptr);
+  EXPECT_EQ(SuperCaptureFrame::createFrame(1, 0, 2, 1, planes), nullptr);
+  EXPECT_EQ(SuperCaptureFrame::createFrame(1, 2, 0, 1, planes), nullptr);
+  EXPECT_EQ(SuperCaptureFrame::createFrame(1, 2, 2, 1, nullptr), nullptr);
+  unsigned char* noFirst[4] = {nullptr, px.data(), nullptr, nullptr};
+  EXPECT_EQ(SuperCaptureFrame::createFrame(1, 2, 2, 1, noFirst), nullptr);
+  EXPECT_EQ(SuperCaptureFrame::createFrame(1, 65536, 32768, 1, planes), nullptr);
+}
+
+TEST(SuperCaptureFrame, OwnsOnlyPlaneZero) {
+  // The frame frees plane 0 (LeakSanitizer would see it otherwise) but never
+  // the planes it does not own (a stack address here).
+  unsigned char stackPlane = 0;
+  unsigned char* planes[4] = {static_cast<unsigned char*>(galloc_malloc(8)), &stackPlane, nullptr, nullptr};
+  auto_ptr<SuperCaptureFrame> f(new SuperCaptureFrame(1, 2, 2, 1, planes));
+  EXPECT_EQ(f->planes[1], &stackPlane);
+  f = nullptr;
+}
+
+}  // namespace
