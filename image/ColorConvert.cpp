@@ -1,188 +1,279 @@
 #include "image/ColorConvert.h"
 
-// Placeholder bodies; the converters follow.
+#include <cstring>
+
+#include "core/Memory.h"
+#include "image/ConvertRows.h"
+
+using namespace convert_row;
+
+namespace {
+
+// Pixel count of a width x height frame, or 0 when either side is below 1 or
+// the count does not fit in an int (no converter can serve such a frame).
+int pixelsOf(int width, int height) {
+  if (width < 1 || height < 1) return 0;
+  const long long n = static_cast<long long>(width) * height;
+  return n > 0x7FFFFFFFLL ? 0 : static_cast<int>(n);
+}
+
+// The per-pixel, pair and quad converters share one shape: refuse null
+// pointers and frames below the group size, then run one kernel over the
+// whole frame (rows are packed, so the frame is one long row).
+template <typename Kernel>
+int run(const void* a, const void* b, int width, int height, int group, Kernel kernel) {
+  const int n = pixelsOf(width, height);
+  if (a == nullptr || b == nullptr || n < group) return 0;
+  kernel(n / group);
+  return 1;
+}
+
+}  // namespace
+
 int color_convert_gray2rgb(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
-  return 0;
+  return run(src, dst, width, height, 1, [&](int n) { GrayToRGBRow_C(src, dst, n); });
 }
+
 int color_convert_gray2rgba(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
-  return 0;
+  return run(src, dst, width, height, 1, [&](int n) { GrayToRGBARow_C(src, dst, n); });
 }
+
 int color_convert_rgb2gray(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
-  return 0;
+  return run(src, dst, width, height, 1, [&](int n) { RGBToGrayRow_C(src, dst, n); });
 }
+
 int color_convert_rgba2gray(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
-  return 0;
+  return run(src, dst, width, height, 1, [&](int n) { RGBAToGrayRow_C(src, dst, n); });
 }
+
 int color_convert_rgb2rgba(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
-  return 0;
+  return run(src, dst, width, height, 1, [&](int n) { RGBToRGBARow_C(src, dst, n); });
 }
+
 int color_convert_rgba2rgb(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
-  return 0;
+  return run(src, dst, width, height, 1, [&](int n) { RGBAToRGBRow_C(src, dst, n); });
 }
+
 int color_convert_rgb2yuv(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
-  return 0;
+  return run(src, dst, width, height, 1, [&](int n) { RGBToYUVRow_C(src, dst, n); });
 }
+
 int color_convert_yuv2rgb(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
-  return 0;
+  return run(src, dst, width, height, 1, [&](int n) { YUVToRGBRow_C(src, dst, n); });
 }
+
 int color_convert_rgb2yuyv(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
-  return 0;
+  return run(src, dst, width, height, 2, [&](int pairs) { RGBToPacked422Row_C(src, dst, pairs, 1, 3); });
 }
+
 int color_convert_yuyv2rgb(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
-  return 0;
+  return run(src, dst, width, height, 2, [&](int pairs) { Packed422ToRGBRow_C(src, dst, pairs, 1, 3); });
 }
+
 int color_convert_rgb2yvyu(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
-  return 0;
+  return run(src, dst, width, height, 2, [&](int pairs) { RGBToPacked422Row_C(src, dst, pairs, 3, 1); });
 }
+
 int color_convert_yvyu2rgb(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
-  return 0;
+  return run(src, dst, width, height, 2, [&](int pairs) { Packed422ToRGBRow_C(src, dst, pairs, 3, 1); });
 }
+
 int color_convert_rgb2yuv422p(const unsigned char* rgb, unsigned char* y, unsigned char* u, unsigned char* v,
                               int width, int height) {
-  (void)rgb;
-  (void)y;
-  (void)u;
-  (void)v;
-  (void)width;
-  (void)height;
-  return 0;
+  if (u == nullptr || v == nullptr) return 0;
+  return run(rgb, y, width, height, 2, [&](int pairs) { RGBToYUV422PRow_C(rgb, y, u, v, pairs); });
 }
+
 int color_convert_yuv422p2rgb(const unsigned char* y, const unsigned char* u, const unsigned char* v,
                               unsigned char* rgb, int width, int height) {
-  (void)y;
-  (void)u;
-  (void)v;
-  (void)rgb;
-  (void)width;
-  (void)height;
-  return 0;
+  if (u == nullptr || v == nullptr) return 0;
+  return run(y, rgb, width, height, 2, [&](int pairs) { YUV422PToRGBRow_C(y, u, v, rgb, pairs); });
 }
+
 int color_convert_rgb2yv12oryu12(const unsigned char* rgb, unsigned char* y, unsigned char* u,
                                  unsigned char* v, int width, int height) {
-  (void)rgb;
-  (void)y;
-  (void)u;
-  (void)v;
-  (void)width;
-  (void)height;
-  return 0;
+  if (u == nullptr || v == nullptr) return 0;
+  return run(rgb, y, width, height, 4, [&](int quads) { RGBToI420QuadRow_C(rgb, y, u, v, quads); });
 }
+
 int color_convert_yv12oryu122rgb(const unsigned char* y, const unsigned char* u, const unsigned char* v,
                                  unsigned char* rgb, int width, int height) {
-  (void)y;
-  (void)u;
-  (void)v;
-  (void)rgb;
-  (void)width;
-  (void)height;
-  return 0;
+  // Unlike the other quad converters, a frame of fewer than four pixels is
+  // "nothing to do" here rather than a refusal.
+  if (y == nullptr || u == nullptr || v == nullptr || rgb == nullptr) return 0;
+  const int n = pixelsOf(width, height);
+  if (n == 0) return 0;
+  I420QuadToRGBRow_C(y, u, v, rgb, n / 4);
+  return 1;
 }
+
+namespace {
+// The NV writers average true 2x2 blocks, two rows at a time; an odd last
+// row or column is left unwritten.
+int rgbToNV(const unsigned char* rgb, unsigned char* y, unsigned char* chroma, int width, int height,
+            int uOffset) {
+  const int n = pixelsOf(width, height);
+  if (rgb == nullptr || y == nullptr || chroma == nullptr || n < 4) return 0;
+  const int blocks = width / 2;
+  const long long rgbRow = 3LL * width;
+  for (int row = 0; row + 1 < height; row += 2) {
+    const unsigned char* src = rgb + rgbRow * row;
+    unsigned char* luma = y + static_cast<long long>(width) * row;
+    RGBToNVBlockRow_C(src, src + rgbRow, luma, luma + width, chroma, blocks, uOffset);
+    chroma += 2 * blocks;
+  }
+  return 1;
+}
+}  // namespace
+
 int color_convert_rgb2nv12(const unsigned char* rgb, unsigned char* y, unsigned char* uv, int width,
                            int height) {
-  (void)rgb;
-  (void)y;
-  (void)uv;
-  (void)width;
-  (void)height;
-  return 0;
+  return rgbToNV(rgb, y, uv, width, height, 0);
 }
+
 int color_convert_rgb2nv21(const unsigned char* rgb, unsigned char* y, unsigned char* vu, int width,
                            int height) {
-  (void)rgb;
-  (void)y;
-  (void)vu;
-  (void)width;
-  (void)height;
-  return 0;
+  return rgbToNV(rgb, y, vu, width, height, 1);
 }
+
 int color_convert_nv122rgb(const unsigned char* y, const unsigned char* uv, unsigned char* rgb, int width,
                            int height) {
-  (void)y;
-  (void)uv;
-  (void)rgb;
-  (void)width;
-  (void)height;
-  return 0;
+  if (uv == nullptr) return 0;
+  return run(y, rgb, width, height, 4, [&](int quads) { NVQuadToRGBRow_C(y, uv, rgb, quads, 0); });
 }
+
 int color_convert_nv212rgb(const unsigned char* y, const unsigned char* vu, unsigned char* rgb, int width,
                            int height) {
-  (void)y;
-  (void)vu;
-  (void)rgb;
-  (void)width;
-  (void)height;
-  return 0;
+  if (vu == nullptr) return 0;
+  return run(y, rgb, width, height, 4, [&](int quads) { NVQuadToRGBRow_C(y, vu, rgb, quads, 1); });
 }
+
 int color_convert_yuv2gray(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
-  return 0;
+  return run(src, dst, width, height, 1, [&](int n) { memcpy(dst, src, static_cast<size_t>(n)); });
 }
+
+namespace {
+// Semi-planar to YV12 (Y, V plane, U plane); uOffset is the place of U in
+// each source chroma pair.
+void repackToYV12(const unsigned char* src, unsigned char* dst, int width, int height, int uOffset) {
+  const int n = pixelsOf(width, height);
+  if (src == nullptr || dst == nullptr || n == 0) return;
+  memcpy(dst, src, static_cast<size_t>(n));
+  const int quarter = n / 4;
+  const unsigned char* pairs = src + n;
+  unsigned char* vPlane = dst + n;
+  unsigned char* uPlane = dst + n + quarter;  // (N*5)/4 without the wrap
+  for (int i = 0; i < quarter; ++i) {
+    uPlane[i] = pairs[2 * i + uOffset];
+    vPlane[i] = pairs[2 * i + 1 - uOffset];
+  }
+}
+}  // namespace
+
 void convert_nv12_to_yv12(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
+  repackToYV12(src, dst, width, height, 0);
 }
+
 void convert_nv21_to_yv12(const unsigned char* src, unsigned char* dst, int width, int height) {
-  (void)src;
-  (void)dst;
-  (void)width;
-  (void)height;
+  repackToYV12(src, dst, width, height, 1);
 }
-Image* ColorConvert::convert(Image* s, int c) {
-  (void)s;
-  (void)c;
-  return nullptr;
+
+Image* ColorConvert::convert(Image* source, int code) {
+  if (source == nullptr || static_cast<int>(source->format) != ((code >> 8) & 255)) return nullptr;
+  const auto target = static_cast<Image::ImageFormatType>(code & 255);
+  Image* out = Image::createImage(source->width, source->height, source->depth, target, nullptr);
+  if (out == nullptr) return nullptr;
+
+  // Converters see width and height only: for depth > 1 the first layer is
+  // converted. Their own results are not reported.
+  const int w = source->width > 0x7FFFFFFFu ? 0 : static_cast<int>(source->width);
+  const int h = source->height > 0x7FFFFFFFu ? 0 : static_cast<int>(source->height);
+  unsigned char* const* s = source->planes;
+  unsigned char* const* d = out->planes;
+  switch (code) {
+    case 0x103:
+      color_convert_gray2rgb(s[0], d[0], w, h);
+      break;
+    case 0x104:
+      color_convert_gray2rgba(s[0], d[0], w, h);
+      break;
+    case 0x301:
+      color_convert_rgb2gray(s[0], d[0], w, h);
+      break;
+    case 0x304:
+      color_convert_rgb2rgba(s[0], d[0], w, h);
+      break;
+    case 0x305:
+      color_convert_rgb2yuv(s[0], d[0], w, h);
+      break;
+    case 0x306:
+      color_convert_rgb2yuyv(s[0], d[0], w, h);
+      break;
+    case 0x307:
+      color_convert_rgb2yvyu(s[0], d[0], w, h);
+      break;
+    case 0x308:
+      color_convert_rgb2yuv422p(s[0], d[0], d[1], d[2], w, h);
+      break;
+    // The image lays codes 9 and 10 out with two planes, so the V plane is
+    // null here and these conversions leave the target unwritten.
+    case 0x309:
+    case 0x30A:
+      color_convert_rgb2yv12oryu12(s[0], d[0], d[1], d[2], w, h);
+      break;
+    case 0x30B:
+      color_convert_rgb2nv12(s[0], d[0], d[1], w, h);
+      break;
+    case 0x30C:
+      color_convert_rgb2nv21(s[0], d[0], d[1], w, h);
+      break;
+    case 0x401:
+      color_convert_rgba2gray(s[0], d[0], w, h);
+      break;
+    case 0x403:
+      color_convert_rgba2rgb(s[0], d[0], w, h);
+      break;
+    // Plane 0 copied as it is: for the packed formats 5..7 these are
+    // interleaved bytes, not luma alone.
+    case 0x501:
+    case 0x601:
+    case 0x701:
+    case 0x801:
+    case 0x901:
+    case 0xA01:
+    case 0xB01:
+    case 0xC01:
+      color_convert_yuv2gray(s[0], d[0], w, h);
+      break;
+    case 0x503:
+      color_convert_yuv2rgb(s[0], d[0], w, h);
+      break;
+    case 0x603:
+      color_convert_yuyv2rgb(s[0], d[0], w, h);
+      break;
+    case 0x703:
+      color_convert_yvyu2rgb(s[0], d[0], w, h);
+      break;
+    case 0x803:
+      color_convert_yuv422p2rgb(s[0], s[1], s[2], d[0], w, h);
+      break;
+    case 0x903:
+    case 0xA03:
+      color_convert_yv12oryu122rgb(s[0], s[1], s[2], d[0], w, h);
+      break;
+    case 0xB03:
+      color_convert_nv122rgb(s[0], s[1], d[0], w, h);
+      break;
+    case 0xC03:
+      color_convert_nv212rgb(s[0], s[1], d[0], w, h);
+      break;
+    default:
+      break;  // no converter: the new image is returned as it is
+  }
+  return out;
 }
-Image* ColorConvert::convert(auto_ptr<Image>& s, int c) { return convert(s.get(), c); }
+
+Image* ColorConvert::convert(auto_ptr<Image>& source, int code) {
+  if (source == nullptr) return nullptr;
+  return convert(source.get(), code);
+}

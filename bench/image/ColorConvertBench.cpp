@@ -1,0 +1,182 @@
+// Whole-frame colour conversion at two camera sizes, ours beside libyuv and
+// OpenCV (one thread each). The byte orders differ a little between peers
+// (libyuv's RGB24 is B,G,R), which does not change the work done.
+#include <benchmark/benchmark.h>
+#include <libyuv.h>
+
+#include <cstdint>
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
+#include <random>
+#include <vector>
+
+#include "image/ColorConvert.h"
+
+namespace {
+
+struct Frame {
+  int w, h;
+  std::vector<uint8_t> rgb, nv21, yuyv, out;
+  Frame(int width, int height) : w(width), h(height) {
+    const size_t n = static_cast<size_t>(w) * h;
+    std::mt19937 rng(7);
+    auto fill = [&](std::vector<uint8_t>& v, size_t size) {
+      v.resize(size);
+      for (auto& b : v) b = static_cast<uint8_t>(rng());
+    };
+    fill(rgb, n * 3);
+    fill(nv21, n * 3 / 2);
+    fill(yuyv, n * 2);
+    out.resize(n * 4);
+  }
+};
+
+Frame& frame(int w, int) {
+  static Frame hd(1920, 1080);
+  static Frame big(4000, 3000);
+  return w == 1920 ? hd : big;
+}
+
+void setPixels(benchmark::State& state, const Frame& f) {
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(f.w) * f.h);
+}
+
+// --- NV21 -> RGB ---
+void BM_Ours_nv212rgb(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  const size_t n = static_cast<size_t>(f.w) * f.h;
+  for (auto _ : state) {
+    color_convert_nv212rgb(f.nv21.data(), f.nv21.data() + n, f.out.data(), f.w, f.h);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+void BM_Libyuv_NV21ToRGB24(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  const size_t n = static_cast<size_t>(f.w) * f.h;
+  for (auto _ : state) {
+    libyuv::NV21ToRGB24(f.nv21.data(), f.w, f.nv21.data() + n, f.w, f.out.data(), f.w * 3, f.w, f.h);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+void BM_OpenCV_YUV2RGB_NV21(benchmark::State& state) {
+  cv::setNumThreads(1);
+  Frame& f = frame(state.range(0), state.range(1));
+  cv::Mat src(f.h * 3 / 2, f.w, CV_8UC1, f.nv21.data());
+  cv::Mat dst(f.h, f.w, CV_8UC3, f.out.data());
+  for (auto _ : state) {
+    cv::cvtColor(src, dst, cv::COLOR_YUV2RGB_NV21);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+
+// --- RGB -> NV21 ---
+void BM_Ours_rgb2nv21(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  const size_t n = static_cast<size_t>(f.w) * f.h;
+  for (auto _ : state) {
+    color_convert_rgb2nv21(f.rgb.data(), f.out.data(), f.out.data() + n, f.w, f.h);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+// libyuv has no studio-swing RGB24 -> NV21 in one call: RAWToJNV21 (full
+// range) is the nearest single call, RAWToI420 the nearest studio-swing one.
+void BM_Libyuv_RAWToJNV21(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  const size_t n = static_cast<size_t>(f.w) * f.h;
+  for (auto _ : state) {
+    libyuv::RAWToJNV21(f.rgb.data(), f.w * 3, f.out.data(), f.w, f.out.data() + n, f.w, f.w, f.h);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+void BM_Libyuv_RAWToI420(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  const size_t n = static_cast<size_t>(f.w) * f.h;
+  for (auto _ : state) {
+    libyuv::RAWToI420(f.rgb.data(), f.w * 3, f.out.data(), f.w, f.out.data() + n, f.w / 2,
+                      f.out.data() + n + n / 4, f.w / 2, f.w, f.h);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+void BM_OpenCV_RGB2YUV_YV12(benchmark::State& state) {
+  cv::setNumThreads(1);
+  Frame& f = frame(state.range(0), state.range(1));
+  cv::Mat src(f.h, f.w, CV_8UC3, f.rgb.data());
+  cv::Mat dst(f.h * 3 / 2, f.w, CV_8UC1, f.out.data());
+  for (auto _ : state) {
+    cv::cvtColor(src, dst, cv::COLOR_RGB2YUV_YV12);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+
+// --- YUYV -> RGB ---
+void BM_Ours_yuyv2rgb(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  for (auto _ : state) {
+    color_convert_yuyv2rgb(f.yuyv.data(), f.out.data(), f.w, f.h);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+void BM_Libyuv_YUY2ToARGB(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  for (auto _ : state) {
+    libyuv::YUY2ToARGB(f.yuyv.data(), f.w * 2, f.out.data(), f.w * 4, f.w, f.h);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+void BM_OpenCV_YUV2RGB_YUYV(benchmark::State& state) {
+  cv::setNumThreads(1);
+  Frame& f = frame(state.range(0), state.range(1));
+  cv::Mat src(f.h, f.w, CV_8UC2, f.yuyv.data());
+  cv::Mat dst(f.h, f.w, CV_8UC3, f.out.data());
+  for (auto _ : state) {
+    cv::cvtColor(src, dst, cv::COLOR_YUV2RGB_YUYV);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+
+// --- NV21 -> YV12 repack ---
+void BM_Ours_nv21_to_yv12(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  for (auto _ : state) {
+    convert_nv21_to_yv12(f.nv21.data(), f.out.data(), f.w, f.h);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+// NV21ToI420 with the two chroma planes swapped writes YV12.
+void BM_Libyuv_NV21ToI420_as_YV12(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  const size_t n = static_cast<size_t>(f.w) * f.h;
+  for (auto _ : state) {
+    libyuv::NV21ToI420(f.nv21.data(), f.w, f.nv21.data() + n, f.w, f.out.data(), f.w,
+                       f.out.data() + n + n / 4, f.w / 2, f.out.data() + n, f.w / 2, f.w, f.h);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+
+#define SIZES ->Args({1920, 1080})->Args({4000, 3000})->Unit(benchmark::kMillisecond)->UseRealTime()
+BENCHMARK(BM_Ours_nv212rgb) SIZES;
+BENCHMARK(BM_Libyuv_NV21ToRGB24) SIZES;
+BENCHMARK(BM_OpenCV_YUV2RGB_NV21) SIZES;
+BENCHMARK(BM_Ours_rgb2nv21) SIZES;
+BENCHMARK(BM_Libyuv_RAWToJNV21) SIZES;
+BENCHMARK(BM_Libyuv_RAWToI420) SIZES;
+BENCHMARK(BM_OpenCV_RGB2YUV_YV12) SIZES;
+BENCHMARK(BM_Ours_yuyv2rgb) SIZES;
+BENCHMARK(BM_Libyuv_YUY2ToARGB) SIZES;
+BENCHMARK(BM_OpenCV_YUV2RGB_YUYV) SIZES;
+BENCHMARK(BM_Ours_nv21_to_yv12) SIZES;
+BENCHMARK(BM_Libyuv_NV21ToI420_as_YV12) SIZES;
+
+}  // namespace

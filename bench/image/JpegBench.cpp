@@ -1,0 +1,1 @@
+int jpeg_bench_placeholder;

@@ -1,0 +1,102 @@
+#include <jerror.h>
+
+#include <new>
+#include <utility>
+
+#include "image/ImageDecoder.h"
+#include "image/JpegUtils.h"
+
+namespace {
+
+// libjpeg may use this much for its own working memory.
+constexpr long kMaxDecoderMemory = 31457280;  // 30 MiB
+
+// Decodes into a new Image of its own, so a failure leaves the caller's image
+// untouched. As in the encoder, nothing with a destructor lives across the
+// setjmp.
+Image* decompress(Stream* stream) {
+  jpeg_utils_source_mgr src(stream);
+  jpeg_decompress_struct cinfo;
+  jpeg_utils_error_mgr err;
+  Image* volatile out = nullptr;
+
+  cinfo.err = jpeg_std_error(&err.pub);
+  err.pub.error_exit = jpeg_utils_error_exit;
+  if (setjmp(err.jump)) {  // the error hook has logged and destroyed cinfo
+    delete out;
+    return nullptr;
+  }
+
+  jpeg_create_decompress(&cinfo);
+  cinfo.mem->max_memory_to_use = kMaxDecoderMemory;
+  cinfo.src = &src.pub;
+  // The source suspends only when the stream has run dry, which here means
+  // the data ended early.
+  if (jpeg_read_header(&cinfo, TRUE) != JPEG_HEADER_OK) ERREXIT(&cinfo, JERR_INPUT_EOF);
+  if (!jpeg_start_decompress(&cinfo)) ERREXIT(&cinfo, JERR_INPUT_EOF);
+
+  const unsigned int width = cinfo.output_width;
+  const unsigned int height = cinfo.output_height;
+  const unsigned int components = static_cast<unsigned int>(cinfo.output_components);
+  const unsigned long long bytes = static_cast<unsigned long long>(width) * components * height;
+  if (bytes > 0xFFFFFFFFull) ERREXIT1(&cinfo, JERR_IMAGE_TOO_BIG, JPEG_MAX_DIMENSION);
+
+  out = Image::createImage(width, height, 1, static_cast<Image::ImageFormatType>(components), nullptr);
+  if (out == nullptr || out->planes[0] == nullptr) {
+    jpeg_destroy_decompress(&cinfo);
+    delete out;
+    return nullptr;
+  }
+
+  const size_t stride = static_cast<size_t>(width) * components;
+  while (cinfo.output_scanline < height) {
+    JSAMPROW rows[1] = {out->planes[0] + stride * cinfo.output_scanline};
+    if (jpeg_read_scanlines(&cinfo, rows, 1) != 1) ERREXIT(&cinfo, JERR_INPUT_EOF);
+  }
+  if (!jpeg_finish_decompress(&cinfo)) ERREXIT(&cinfo, JERR_INPUT_EOF);
+  jpeg_destroy_decompress(&cinfo);
+  return out;
+}
+
+}  // namespace
+
+int ImageDecoder::decode(auto_ptr<Stream>& stream, auto_ptr<Image>& image) {
+  if (stream == nullptr || image == nullptr) return 0;
+  return onDecode(stream, image);
+}
+
+int JpegDecoder::isSupported(auto_ptr<Stream>& stream) {
+  if (stream == nullptr) return 0;
+  unsigned char magic[3] = {0, 0, 0};
+  if (stream->read(magic, 3) != 3) return 0;
+  return magic[0] == 0xFF && magic[1] == 0xD8 && magic[2] == 0xFF ? 1 : 0;
+}
+
+int JpegDecoder::onDecode(auto_ptr<Stream>& stream, auto_ptr<Image>& image) {
+  if (stream == nullptr || image == nullptr) return 0;
+  Image* decoded = decompress(stream.get());
+  if (decoded == nullptr) return 0;
+  // Same end state as Image::set with the decoded pixels (depth 1, format =
+  // component count), without copying them: the buffers change hands and the
+  // old one goes with the temporary.
+  Image* target = image.get();
+  std::swap(target->width, decoded->width);
+  std::swap(target->height, decoded->height);
+  std::swap(target->depth, decoded->depth);
+  std::swap(target->format, decoded->format);
+  std::swap(target->bytesPerPixel, decoded->bytesPerPixel);
+  for (int i = 0; i < 4; ++i) std::swap(target->planes[i], decoded->planes[i]);
+  delete decoded;
+  return 1;
+}
+
+ImageDecoderFactory::ImageDecoderFactory() { mDecoders.push_back(auto_ptr<ImageDecoder>(new JpegDecoder())); }
+
+ImageDecoderFactory::~ImageDecoderFactory() {}
+
+ImageDecoder* ImageDecoderFactory::createImageDecoder(auto_ptr<Stream>& stream) {
+  if (stream == nullptr || mDecoders.empty()) return nullptr;
+  for (auto& decoder : mDecoders)
+    if (decoder->isSupported(stream) == 1) return decoder.get();
+  return nullptr;
+}

@@ -1,0 +1,97 @@
+#include "jni/SuperCaptureMode.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+#include "core/Log.h"
+
+namespace {
+
+struct Suggestion {
+  int upTo;  // highest smoothed brightness of the row
+  float value;
+  int level;
+};
+
+// First matching row wins; the last row takes everything brighter.
+const Suggestion kSuggestions[] = {
+    {29, 2.0f, 2}, {39, 2.8f, 2}, {59, 4.0f, 1}, {79, 5.6f, 0}, {99, 8.0f, -1}, {119, 11.0f, -1}, {139, 16.0f, -2},
+};
+
+}  // namespace
+
+SuperCaptureMode::SuperCaptureMode() = default;
+
+SuperCaptureMode::~SuperCaptureMode() = default;
+
+void SuperCaptureMode::init(unsigned int width, unsigned int height, unsigned int fmt) {
+  m_Width = static_cast<int>(width);
+  m_Height = static_cast<int>(height);
+  format = fmt;
+  mHistory.clear();
+  OV_LOGD("m_Width:%d, m_Height:%d\n", m_Width, m_Height);
+}
+
+void SuperCaptureMode::release() { mHistory.clear(); }
+
+long long SuperCaptureMode::lumaSize() const {
+  long long n = static_cast<long long>(m_Width) * m_Height;
+  return (m_Width > 0 && m_Height > 0 && n <= INT32_MAX) ? n : 0;
+}
+
+void SuperCaptureMode::process(JNIEnv* env, jobject thiz, unsigned char* data) {
+  long long pixels = lumaSize();
+  if (data == nullptr || pixels == 0) return;
+
+  long long sum = 0;
+  for (long long i = 0; i < pixels; ++i) sum += data[i];
+  int brightness = static_cast<int>(sum / pixels);
+
+  mHistory.push_back(brightness);
+  if (mHistory.size() > static_cast<size_t>(kHistorySize)) mHistory.erase(mHistory.begin());
+
+  int n = static_cast<int>(mHistory.size());
+  int s = n > kSmoothFrames ? n - kSmoothFrames : 0;
+  long long recent = 0;
+  for (int i = s; i < n; ++i) recent += mHistory[i];
+  int smoothed = static_cast<int>(recent / (n - s));
+
+  if (std::abs(mLastBrightness - smoothed) < kHysteresis) return;
+
+  float value = 22.0f;
+  int level = -2;
+  for (const Suggestion& row : kSuggestions) {
+    if (smoothed <= row.upTo) {
+      value = row.value;
+      level = row.level;
+      break;
+    }
+  }
+  mLastValue = value;
+  mLastLevel = level;
+  onResultCallback(env, thiz, value, level);
+  mLastBrightness = smoothed;
+}
+
+void onResultCallback(JNIEnv* env, jobject obj, float value, int level) {
+  if (env == nullptr || obj == nullptr) {
+    OV_LOGD("env or object is null, env:%p, object:%p", static_cast<void*>(env), static_cast<void*>(obj));
+    return;
+  }
+  jclass cls = env->GetObjectClass(obj);
+  if (cls == nullptr) {
+    OV_LOGD("class com/orvan/media/imageproc/module/SuperCaptureModule is not found!");
+    return;
+  }
+  jmethodID method = env->GetMethodID(cls, "onResultCallback", "(FI)V");
+  if (method == nullptr) {
+    // The failed look-up throws NoSuchMethodError; the frame is still counted,
+    // so the caller must not see it.
+    if (env->ExceptionCheck()) env->ExceptionClear();
+    env->DeleteLocalRef(cls);
+    OV_LOGD("method onResultCallback is not found!");
+    return;
+  }
+  env->DeleteLocalRef(cls);
+  env->CallVoidMethod(obj, method, static_cast<double>(value), static_cast<jint>(level));
+}

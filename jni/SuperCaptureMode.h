@@ -1,0 +1,61 @@
+#pragma once
+
+#include <jni.h>
+
+#include <vector>
+
+#include "core/Export.h"
+#include "core/RefBase.h"
+
+// Preview brightness monitor behind the Java class
+// com.orvan.media.supercapture.mode.SuperCaptureMode. It lives beside its JNI
+// binding because it talks to Java itself: each preview frame's mean luma is
+// smoothed over the last five frames and, once it has moved 11 or more from the
+// last report, mapped to an aperture-style value and a step level that are
+// handed to the Java object's onResultCallback(float, int).
+class OV_EXPORT SuperCaptureMode : public RefBase {
+ public:
+  // Frames kept in the brightness history.
+  static const int kHistorySize = 30;
+  // Frames averaged into the smoothed brightness.
+  static const int kSmoothFrames = 5;
+  // Smallest change of the smoothed brightness that is reported.
+  static const int kHysteresis = 11;
+
+  SuperCaptureMode();
+  ~SuperCaptureMode() override;
+
+  // Stores the frame size and format and empties the history.
+  void init(unsigned int width, unsigned int height, unsigned int format);
+  // Measures one frame's luma plane (the first width x height bytes of data)
+  // and calls back through env/thiz when the suggestion changes. A null frame
+  // or a frame size of 0 (or one beyond 32 bits) does nothing.
+  void process(JNIEnv* env, jobject thiz, unsigned char* data);
+  // Empties the history.
+  void release();
+
+  int getWidth() const { return m_Width; }
+  int getHeight() const { return m_Height; }
+  unsigned int getFormat() const { return format; }
+  int getHistorySize() const { return static_cast<int>(mHistory.size()); }
+  int getLastBrightness() const { return mLastBrightness; }
+  float getLastValue() const { return mLastValue; }
+  int getLastLevel() const { return mLastLevel; }
+
+  // Frame size in bytes of the luma plane, or 0 when it is empty or too large.
+  long long lumaSize() const;
+
+ private:
+  int m_Width = 0;
+  int m_Height = 0;
+  unsigned int format = 0;
+  std::vector<int> mHistory;
+  int mLastBrightness = 0;
+  float mLastValue = 0.0f;
+  int mLastLevel = 0;
+};
+
+// Calls obj.onResultCallback(value, level) ("(FI)V"); logs and returns when
+// env, obj, the class or the method is missing (a failed look-up leaves no Java
+// exception behind).
+OV_CAPI void onResultCallback(JNIEnv* env, jobject obj, float value, int level);
