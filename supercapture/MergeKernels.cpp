@@ -5,16 +5,47 @@
 namespace supercapture {
 namespace {
 
-// Portable vector types: GCC and Clang map them onto SSE2 or NEON registers.
-typedef uint8_t u8x4 __attribute__((vector_size(4)));
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the lane shuffles assume little endian");
+
+// Portable vector types: GCC and Clang map them onto SSE2 or NEON registers,
+// and the shuffles below onto their unpack/zip and pack/unzip instructions.
+typedef uint8_t u8x16 __attribute__((vector_size(16)));
+typedef uint16_t u16x8 __attribute__((vector_size(16)));
 typedef int32_t i32x4 __attribute__((vector_size(16)));
 typedef uint32_t u32x4 __attribute__((vector_size(16)));
 typedef double f64x4 __attribute__((vector_size(32)));
 
-inline i32x4 widen(const uint8_t* p) {
-  u8x4 b;
-  memcpy(&b, p, sizeof(b));
-  return __builtin_convertvector(b, i32x4);
+// 16 bytes widened to four vectors of four 32-bit lanes, in order.
+struct Wide {
+  i32x4 v[4];
+};
+
+inline Wide widen16(const uint8_t* p) {
+  u8x16 s;
+  memcpy(&s, p, sizeof(s));
+  const u8x16 z8 = {};
+  const u16x8 z16 = {};
+  u16x8 lo = reinterpret_cast<u16x8>(
+      __builtin_shufflevector(s, z8, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
+  u16x8 hi = reinterpret_cast<u16x8>(
+      __builtin_shufflevector(s, z8, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31));
+  Wide w;
+  w.v[0] = reinterpret_cast<i32x4>(__builtin_shufflevector(lo, z16, 0, 8, 1, 9, 2, 10, 3, 11));
+  w.v[1] = reinterpret_cast<i32x4>(__builtin_shufflevector(lo, z16, 4, 12, 5, 13, 6, 14, 7, 15));
+  w.v[2] = reinterpret_cast<i32x4>(__builtin_shufflevector(hi, z16, 0, 8, 1, 9, 2, 10, 3, 11));
+  w.v[3] = reinterpret_cast<i32x4>(__builtin_shufflevector(hi, z16, 4, 12, 5, 13, 6, 14, 7, 15));
+  return w;
+}
+
+// The low 8 bits of sixteen 32-bit lanes, in order.
+inline void narrow16(uint8_t* p, i32x4 a, i32x4 b, i32x4 c, i32x4 d) {
+  const i32x4 m = {0xFF, 0xFF, 0xFF, 0xFF};
+  u16x8 ab = reinterpret_cast<u16x8>(a & m), bb = reinterpret_cast<u16x8>(b & m);
+  u16x8 cb = reinterpret_cast<u16x8>(c & m), db = reinterpret_cast<u16x8>(d & m);
+  u8x16 lo = reinterpret_cast<u8x16>(__builtin_shufflevector(ab, bb, 0, 2, 4, 6, 8, 10, 12, 14));
+  u8x16 hi = reinterpret_cast<u8x16>(__builtin_shufflevector(cb, db, 0, 2, 4, 6, 8, 10, 12, 14));
+  u8x16 out = __builtin_shufflevector(lo, hi, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+  memcpy(p, &out, sizeof(out));
 }
 
 inline i32x4 load(const int32_t* p) {
@@ -25,20 +56,15 @@ inline i32x4 load(const int32_t* p) {
 
 inline void store(int32_t* p, i32x4 v) { memcpy(p, &v, sizeof(v)); }
 
-inline void storeBytes(uint8_t* p, i32x4 v) {
-  u8x4 b = __builtin_convertvector(v, u8x4);  // keeps the low 8 bits
-  memcpy(p, &b, sizeof(b));
-}
-
 }  // namespace
 
 void mergeMax(int32_t* acc, const uint8_t* src, size_t n) {
   size_t i = 0;
   for (; i + 16 <= n; i += 16) {
-    for (size_t k = 0; k < 16; k += 4) {
-      i32x4 a = load(acc + i + k);
-      i32x4 s = widen(src + i + k);
-      store(acc + i + k, a < s ? s : a);
+    Wide s = widen16(src + i);
+    for (int k = 0; k < 4; ++k) {
+      i32x4 a = load(acc + i + 4 * k);
+      store(acc + i + 4 * k, a < s.v[k] ? s.v[k] : a);
     }
   }
   for (; i < n; ++i) {
@@ -49,7 +75,8 @@ void mergeMax(int32_t* acc, const uint8_t* src, size_t n) {
 void mergeCopy(int32_t* acc, const uint8_t* src, size_t n) {
   size_t i = 0;
   for (; i + 16 <= n; i += 16) {
-    for (size_t k = 0; k < 16; k += 4) store(acc + i + k, widen(src + i + k));
+    Wide s = widen16(src + i);
+    for (int k = 0; k < 4; ++k) store(acc + i + 4 * k, s.v[k]);
   }
   for (; i < n; ++i) acc[i] = src[i];
 }
@@ -57,11 +84,11 @@ void mergeCopy(int32_t* acc, const uint8_t* src, size_t n) {
 void mergeAdd(int32_t* acc, const uint8_t* src, size_t n) {
   size_t i = 0;
   for (; i + 16 <= n; i += 16) {
-    for (size_t k = 0; k < 16; k += 4) {
+    Wide s = widen16(src + i);
+    for (int k = 0; k < 4; ++k) {
       // Unsigned lanes: the sum wraps instead of overflowing.
-      u32x4 a = reinterpret_cast<u32x4>(load(acc + i + k));
-      u32x4 s = reinterpret_cast<u32x4>(widen(src + i + k));
-      store(acc + i + k, reinterpret_cast<i32x4>(a + s));
+      u32x4 a = reinterpret_cast<u32x4>(load(acc + i + 4 * k));
+      store(acc + i + 4 * k, reinterpret_cast<i32x4>(a + reinterpret_cast<u32x4>(s.v[k])));
     }
   }
   for (; i < n; ++i) {
@@ -71,34 +98,38 @@ void mergeAdd(int32_t* acc, const uint8_t* src, size_t n) {
 
 void resultLowBits(uint8_t* dst, const int32_t* acc, size_t n) {
   size_t i = 0;
-  for (; i + 4 <= n; i += 4) storeBytes(dst + i, load(acc + i));
+  for (; i + 16 <= n; i += 16) {
+    narrow16(dst + i, load(acc + i), load(acc + i + 4), load(acc + i + 8), load(acc + i + 12));
+  }
   for (; i < n; ++i) dst[i] = static_cast<uint8_t>(acc[i]);
 }
 
 void resultMean(uint8_t* dst, const int32_t* acc, size_t n, int32_t count) {
   // For 32-bit a and b, the correctly rounded double quotient truncates to
   // exactly a / b, and the division cannot trap (INT_MIN / -1 included).
+  // Clamping in double first keeps the conversion to int defined.
   const double divisor = static_cast<double>(count);
   const f64x4 d = {divisor, divisor, divisor, divisor};
+  const f64x4 dlo = {-1.0, -1.0, -1.0, -1.0};
+  const f64x4 dhi = {256.0, 256.0, 256.0, 256.0};
   const i32x4 lo = {0, 0, 0, 0};
   const i32x4 hi = {255, 255, 255, 255};
   size_t i = 0;
-  for (; i + 4 <= n; i += 4) {
-    f64x4 q = __builtin_convertvector(load(acc + i), f64x4) / d;
-    // Outside the int range the conversion is undefined, so clamp in double.
-    const f64x4 fl = {-1.0, -1.0, -1.0, -1.0};
-    const f64x4 fh = {256.0, 256.0, 256.0, 256.0};
-    q = q < fl ? fl : q;
-    q = q > fh ? fh : q;
-    i32x4 v = __builtin_convertvector(q, i32x4);
-    v = v > hi ? hi : v;
-    v = v < lo ? lo : v;
-    storeBytes(dst + i, v);
+  for (; i + 16 <= n; i += 16) {
+    i32x4 v[4];
+    for (int k = 0; k < 4; ++k) {
+      f64x4 q = __builtin_convertvector(load(acc + i + 4 * k), f64x4) / d;
+      q = q < dlo ? dlo : q;
+      q = q > dhi ? dhi : q;
+      i32x4 t = __builtin_convertvector(q, i32x4);
+      t = t > hi ? hi : t;
+      v[k] = t < lo ? lo : t;
+    }
+    narrow16(dst + i, v[0], v[1], v[2], v[3]);
   }
   for (; i < n; ++i) {
     double q = static_cast<double>(acc[i]) / divisor;
-    if (q < -1.0) q = -1.0;
-    if (q > 256.0) q = 256.0;
+    q = q < -1.0 ? -1.0 : (q > 256.0 ? 256.0 : q);
     int32_t v = static_cast<int32_t>(q);
     dst[i] = static_cast<uint8_t>(v > 255 ? 255 : (v < 0 ? 0 : v));
   }

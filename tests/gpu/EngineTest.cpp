@@ -64,6 +64,10 @@ TEST(GPUEngineTest, PbufferLifecycle) {
   EXPECT_EQ(px[0], 255);
   EXPECT_EQ(px[1], 0);
 
+  // A context current without a draw surface is not wrapped either.
+  ASSERT_EQ(eglMakeCurrent(gc->display, EGL_NO_SURFACE, EGL_NO_SURFACE, gc->context), EGL_TRUE);
+  EXPECT_EQ(GPUEngine::getCurrentEngine(), nullptr);
+
   engine->close();
   EXPECT_EQ(eglGetCurrentContext(), EGL_NO_CONTEXT);
   EXPECT_EQ(GPUEngine::getCurrentEngine(), nullptr);
