@@ -237,6 +237,10 @@ TEST(GPUEngineTest, NoUsableDisplay) {
   engine->close();
   engine->destroy();
   EXPECT_EQ(GPUEngine::getCurrentEngine(), nullptr);
+  // Without a context the status query itself fails (answers 0).
+  cap.clear();
+  GPUUtils::checkFramebufferStatusDetail("nothing");
+  EXPECT_EQ(cap.count("Checking completeness of Framebuffer:nothing\n"), 1);
   // GPU objects made without a current context come out empty, not crashing.
   auto_ptr<GPUContext> ctx = engine->getContext();
   auto_ptr<GPUImage2D> image(new GPUImage2D(ctx, 4, 4, 4));
