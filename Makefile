@@ -40,7 +40,7 @@ test-tsan: deps
 	cmake --preset tsan >/dev/null
 	cmake --build --preset tsan -j $(JOBS)
 	cd build-tsan && TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
-	  ctest --output-on-failure -j $(JOBS) -L tsan
+	  $(XVFB) ctest --output-on-failure -j $(JOBS) -L tsan
 
 bench:
 	@scripts/install-deps.sh bench

@@ -1,8 +1,9 @@
 #include "gpu/GPUEngine.h"
 
+#include <pthread.h>
+
 #include <new>
 
-#include "core/Atomic.h"
 #include "core/Log.h"
 #include "gpu/GPUUtils.h"
 
@@ -11,11 +12,28 @@ namespace {
 // EGL displays are per process: eglGetDisplay(EGL_DEFAULT_DISPLAY) hands every
 // engine the same one, and eglTerminate would tear down the surfaces and
 // contexts of every other live engine with it. Engines that set the display
-// up count themselves here and only the last one terminates it.
+// up count themselves here and only the last one terminates it. The lock
+// keeps one thread's final eglTerminate from landing between another
+// thread's eglInitialize and its count.
+pthread_mutex_t gDisplayLock = PTHREAD_MUTEX_INITIALIZER;
 int gDisplayUsers = 0;
 
+// The renderable type is asked before eglInitialize (so a display nobody
+// has initialised yet has no extension string and gets the ES2 bit); both run
+// under the lock because another thread's eglInitialize rewrites that string.
+bool initialiseCounted(EGLDisplay display, int* renderableType) {
+  pthread_mutex_lock(&gDisplayLock);
+  *renderableType = GPUUtils::getContextRenderableType(display);
+  bool ok = eglInitialize(display, nullptr, nullptr) == EGL_TRUE;
+  if (ok) ++gDisplayUsers;
+  pthread_mutex_unlock(&gDisplayLock);
+  return ok;
+}
+
 void terminateIfLast(EGLDisplay display) {
-  if (atomic_dec32(&gDisplayUsers) == 0) eglTerminate(display);
+  pthread_mutex_lock(&gDisplayLock);
+  if (gDisplayUsers > 0 && --gDisplayUsers == 0) eglTerminate(display);
+  pthread_mutex_unlock(&gDisplayLock);
 }
 
 }  // namespace
@@ -52,10 +70,12 @@ bool GPUEngine::setup() {
     return false;
   }
 
+  int renderableType = 0;
+  bool initialised = initialiseCounted(dpy, &renderableType);
   const EGLint configAttribs[] = {EGL_SURFACE_TYPE,
                                   EGL_WINDOW_BIT | EGL_PBUFFER_BIT,
                                   EGL_RENDERABLE_TYPE,
-                                  GPUUtils::getContextRenderableType(dpy),
+                                  renderableType,
                                   EGL_RED_SIZE,
                                   8,
                                   EGL_GREEN_SIZE,
@@ -72,11 +92,10 @@ bool GPUEngine::setup() {
                                   EGL_DONT_CARE,
                                   EGL_NONE};
 
-  if (eglInitialize(dpy, nullptr, nullptr) != EGL_TRUE) {
+  if (!initialised) {
     OV_LOGD("eglInitialize fail\n");
     return false;
   }
-  atomic_inc32(&gDisplayUsers);
 
   EGLint count = 0;
   if (eglGetConfigs(dpy, nullptr, 0, &count) != EGL_TRUE) {

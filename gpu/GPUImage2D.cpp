@@ -1,10 +1,14 @@
 #include "gpu/GPUImage2D.h"
 
+#include <new>
+
 #include "gpu/GLHeaders.h"
 #include "gpu/GPUSizes.h"
 #include "gpu/GPUUtils.h"
+#include "image/Image.h"
 
 using gpu_internal::imageBytes;
+using gpu_internal::imageFormatCode;
 
 namespace {
 
@@ -142,3 +146,43 @@ void GPUImage2D::recycle() {
   GPUUtils::checkGLError("glDeleteTextures");
   texture = 0;
 }
+
+GPUImage2D* GPUImage2D::createFromImage(GPUContext* context, Image* image) {
+  int code = imageFormatCode(image);
+  if (context == nullptr || code == 0 || image->depth != 1) return nullptr;
+  GPUImage2D* result = new (std::nothrow) GPUImage2D(context, static_cast<int>(image->width),
+                                                     static_cast<int>(image->height), code, image->planes[0]);
+  if (result != nullptr && result->texture == 0) {
+    delete result;
+    return nullptr;
+  }
+  return result;
+}
+
+GPUImage2D* GPUImage2D::createFromImage(auto_ptr<GPUContext>& context, auto_ptr<Image>& image) {
+  return createFromImage(context.get(), image.get());
+}
+
+bool GPUImage2D::upload(Image* image) {
+  int code = imageFormatCode(image);
+  if (code == 0 || code != format || image->depth != 1 || texture == 0) return false;
+  if (image->width != static_cast<unsigned>(width) || image->height != static_cast<unsigned>(height))
+    return false;
+  glBindTexture(target, texture);
+  GPUUtils::checkGLError("glBindTexture");
+  bool done = upload(image->planes[0], static_cast<int>(imageBytes(width, height, 1, format)));
+  glBindTexture(target, 0);
+  GPUUtils::checkGLError("glBindTexture");
+  return done;
+}
+
+bool GPUImage2D::upload(auto_ptr<Image>& image) { return upload(image.get()); }
+
+bool GPUImage2D::download(Image* image) {
+  if (imageFormatCode(image) != 4 || format != 4 || image->depth != 1 || texture == 0) return false;
+  if (image->width != static_cast<unsigned>(width) || image->height != static_cast<unsigned>(height))
+    return false;
+  return download(image->planes[0], static_cast<int>(imageBytes(width, height, 1, 4)));
+}
+
+bool GPUImage2D::download(auto_ptr<Image>& image) { return download(image.get()); }

@@ -7,6 +7,8 @@
 #include "gpu/GPUFramebuffer.h"
 #include "gpu/GPUPixelBuffer.h"
 
+class Image;
+
 // One GL texture with the size and pixel-format code of a library image.
 // Format codes double as bytes per pixel: 1 luminance, 2 luminance-alpha,
 // 3 RGB, 4 RGBA, 5 an external (camera) texture made elsewhere.
@@ -26,12 +28,25 @@ class OV_EXPORT GPUImage2D : public RefBase {
   GPUImage2D(auto_ptr<GPUContext>& context, int width, int height, int format, void* pixels);
   ~GPUImage2D() override;
 
+  // A new texture holding a one-layer Image of format grey (1), two-byte (2),
+  // RGB (3) or RGBA (4), whose codes match the GPU format codes; null for any
+  // other image, an image without pixels or no context.
+  static GPUImage2D* createFromImage(GPUContext* context, Image* image);
+  static GPUImage2D* createFromImage(auto_ptr<GPUContext>& context, auto_ptr<Image>& image);
+
   // Re-specifies size, format and contents of the same texture name.
   void set(int width, int height, int format, void* pixels);
   // Pixel-buffer transfers; false for null pixels or size below
   // width x height x format. upload needs the texture bound by the caller.
   bool upload(void* pixels, int size);
   bool download(void* pixels, int size);
+  // Binds the texture, uploads an Image of this size and format, unbinds;
+  // false (nothing done) for any other image.
+  bool upload(Image* image);
+  bool upload(auto_ptr<Image>& image);
+  // Reads the texture back into an RGBA Image of this size (format 4 only).
+  bool download(Image* image);
+  bool download(auto_ptr<Image>& image);
   void recycle();
 
   static unsigned selectTextureTarget(int format);

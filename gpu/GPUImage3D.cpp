@@ -1,11 +1,15 @@
 #include "gpu/GPUImage3D.h"
 
+#include <new>
+
 #include "gpu/GLHeaders.h"
 #include "gpu/GPUImage2D.h"
 #include "gpu/GPUSizes.h"
 #include "gpu/GPUUtils.h"
+#include "image/Image.h"
 
 using gpu_internal::imageBytes;
+using gpu_internal::imageFormatCode;
 
 unsigned GPUImage3D::selectTextureTarget(int format) {
   return format >= 1 && format <= 4 ? GL_TEXTURE_3D : GL_TEXTURE_2D;
@@ -108,4 +112,21 @@ void GPUImage3D::recycle() {
   glDeleteTextures(1, &name);
   GPUUtils::checkGLError("glDeleteTextures");
   texture = 0;
+}
+
+GPUImage3D* GPUImage3D::createFromImage(GPUContext* context, Image* image) {
+  int code = imageFormatCode(image);
+  if (context == nullptr || code == 0) return nullptr;
+  GPUImage3D* result =
+      new (std::nothrow) GPUImage3D(context, static_cast<int>(image->width), static_cast<int>(image->height),
+                                    static_cast<int>(image->depth), code, image->planes[0]);
+  if (result != nullptr && result->texture == 0) {
+    delete result;
+    return nullptr;
+  }
+  return result;
+}
+
+GPUImage3D* GPUImage3D::createFromImage(auto_ptr<GPUContext>& context, auto_ptr<Image>& image) {
+  return createFromImage(context.get(), image.get());
 }

@@ -5,6 +5,8 @@
 #include "gpu/GPUContext.h"
 #include "gpu/GPUPixelBuffer.h"
 
+class Image;
+
 // One 3D texture (codes 1-4 as for GPUImage2D; other codes give a 2D target
 // with no format, which GL rejects).
 class OV_EXPORT GPUImage3D : public RefBase {
@@ -18,6 +20,11 @@ class OV_EXPORT GPUImage3D : public RefBase {
   GPUImage3D(GPUContext* context, int width, int height, int depth, int format, void* pixels);
   GPUImage3D(auto_ptr<GPUContext>& context, int width, int height, int depth, int format, void* pixels);
   ~GPUImage3D() override;
+
+  // A new texture holding every layer of an Image (depth = the image's
+  // depth) of format 1-4; null for any other image.
+  static GPUImage3D* createFromImage(GPUContext* context, Image* image);
+  static GPUImage3D* createFromImage(auto_ptr<GPUContext>& context, auto_ptr<Image>& image);
 
   void set(int width, int height, int depth, int format, void* pixels);
   void recycle();

@@ -17,3 +17,14 @@ inline int64_t imageBytes(int width, int height, int depth, int format) {
 }
 
 }  // namespace gpu_internal
+
+class Image;
+
+namespace gpu_internal {
+
+// The GPU format code of an Image the GPU classes can take as it is (grey,
+// two-byte, RGB, RGBA share their codes with the GPU formats), checking that
+// it has pixels and that its sizes fit; 0 when it cannot be used.
+int imageFormatCode(const Image* image);
+
+}  // namespace gpu_internal

@@ -14,6 +14,7 @@
 void alpha_blend_neon(unsigned char* pixels, int count, int r, int g, int b, int alpha) {
   if (!pixels) return;
   if (count > -8 && count < 8) return;
+  if (count > OV_BLEND_MAX_PIXELS) return;  // byte count beyond 32 bits
   // Whole groups of eight only; the count % 8 tail is left unblended.
   const int groups = count / 8;
   // 256 - alpha in an 8-bit lane: alpha = 0 wraps to a factor of 0.

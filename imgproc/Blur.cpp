@@ -67,7 +67,7 @@ int lineRadius(int count, int r) {
 }  // namespace
 
 void alpha_blend(unsigned char* pixels, int count, int r, int g, int b, int alpha) {
-  if (!pixels || count <= 0) return;
+  if (!pixels || count <= 0 || count > OV_BLEND_MAX_PIXELS) return;
   // Unsigned arithmetic: the stored byte is bits 8..15 of the sum either way.
   const uint32_t keep = 256u - (uint32_t)alpha;
   const uint32_t pr = ((uint32_t)alpha * (uint32_t)r) & 0xFFFF;

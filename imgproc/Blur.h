@@ -20,6 +20,10 @@ typedef struct gauss_blur_coef {
 // edge replication. A radius outside 0..254 leaves the image unchanged.
 OV_CAPI void stack_blur(unsigned char* pixels, int width, int height, int radius);
 
+// Largest pixel count whose 4-byte pixels fit a 32-bit byte count; the blends
+// refuse more.
+#define OV_BLEND_MAX_PIXELS 0x3FFFFFFF
+
 // channel = (alpha * colour + channel * (256 - alpha)) >> 8 for `count` pixels;
 // the products alpha * colour are taken modulo 65536.
 OV_CAPI void alpha_blend(unsigned char* pixels, int count, int r, int g, int b, int alpha);

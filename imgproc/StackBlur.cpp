@@ -32,6 +32,7 @@ constexpr int kMaxDiv = 2 * kMaxRadius + 1;
 constexpr int kStrip = 16;                // pixels per vertical strip
 constexpr int kChunks = kStrip * 4 / 16;  // 16-byte vectors per strip row
 constexpr int kPrefetchRows = 16;
+constexpr int kRowBatch = 2;  // rows per horizontal step
 
 // Lane-wise a * b + c modulo 2^32. SIMDe translates unsigned 32-bit lane
 // multiplies through signed ones, whose wrap-around is undefined, so off ARM
@@ -50,34 +51,11 @@ inline uint32x4_t mulAdd(uint32x4_t a, uint32_t b, uint32x4_t c) {
 #endif
 }
 
-// (s * mul) >> shr with the shift as an immediate: a variable shift would be
-// a per-lane loop in SIMDe's translation.
-inline uint32x4_t scale(uint32x4_t s, uint32_t mul, uint32_t shr) {
-  const uint32x4_t p = mulAdd(s, mul, vdupq_n_u32(0));
-  switch (shr) {
-#define OV_SHIFT_CASE(n) \
-  case n:                \
-    return vshrq_n_u32(p, n);
-    OV_SHIFT_CASE(9)
-    OV_SHIFT_CASE(10)
-    OV_SHIFT_CASE(11)
-    OV_SHIFT_CASE(12)
-    OV_SHIFT_CASE(13)
-    OV_SHIFT_CASE(14)
-    OV_SHIFT_CASE(15)
-    OV_SHIFT_CASE(16)
-    OV_SHIFT_CASE(17)
-    OV_SHIFT_CASE(18)
-    OV_SHIFT_CASE(19)
-    OV_SHIFT_CASE(20)
-    OV_SHIFT_CASE(21)
-    OV_SHIFT_CASE(22)
-    OV_SHIFT_CASE(23)
-    OV_SHIFT_CASE(24)
-#undef OV_SHIFT_CASE
-    default:
-      return vdupq_n_u32(0);  // the tables hold 9..24 only
-  }
+// (s * mul) >> kShr; the shift is a template argument because SIMDe turns a
+// variable vector shift into a per-lane loop.
+template <int kShr>
+inline uint32x4_t scale(uint32x4_t s, uint32_t mul) {
+  return vshrq_n_u32(mulAdd(s, mul, vdupq_n_u32(0)), kShr);
 }
 
 // The four bytes at p, one per 32-bit lane.
@@ -103,53 +81,69 @@ inline uint8x16_t narrow(const uint32x4_t v[4]) {
   return vcombine_u8(vmovn_u16(lo), vmovn_u16(hi));
 }
 
-void blurRow(unsigned char* row, int count, int radius, uint32_t mul, uint32_t shr) {
+// Horizontal pass over kRows rows at once (`stride` bytes apart): the rows'
+// running sums are independent chains, so interleaving them keeps the core
+// busy while each chain waits on its own additions.
+template <int kShr, int kRows>
+void blurRows(unsigned char* first, size_t stride, int count, int radius, uint32_t mul) {
   const int div = 2 * radius + 1;
   const int last = count - 1;
-  uint32x4_t ring[kMaxDiv];
-  uint32x4_t sum = vdupq_n_u32(0), sumIn = sum, sumOut = sum;
+  uint32x4_t ring[kMaxDiv][kRows];
+  uint32x4_t sum[kRows], sumIn[kRows], sumOut[kRows];
+  unsigned char* row[kRows];
+  for (int k = 0; k < kRows; ++k) {
+    row[k] = first + (size_t)k * stride;
+    sum[k] = sumIn[k] = sumOut[k] = vdupq_n_u32(0);
+  }
 
   // Fill: the first pixel radius + 1 times, then pixels 1..radius clamped.
-  const uint32x4_t first = loadPixel(row);
-  for (int i = 0; i <= radius; ++i) {
-    ring[i] = first;
-    sum = mulAdd(first, (uint32_t)(i + 1), sum);
-    sumOut = vaddq_u32(sumOut, first);
-  }
-  for (int i = 1; i <= radius; ++i) {
-    const uint32x4_t p = loadPixel(row + 4 * (i <= last ? i : last));
-    ring[i + radius] = p;
-    sum = mulAdd(p, (uint32_t)(radius + 1 - i), sum);
-    sumIn = vaddq_u32(sumIn, p);
+  for (int k = 0; k < kRows; ++k) {
+    const uint32x4_t p0 = loadPixel(row[k]);
+    for (int i = 0; i <= radius; ++i) {
+      ring[i][k] = p0;
+      sum[k] = mulAdd(p0, (uint32_t)(i + 1), sum[k]);
+      sumOut[k] = vaddq_u32(sumOut[k], p0);
+    }
+    for (int i = 1; i <= radius; ++i) {
+      const uint32x4_t p = loadPixel(row[k] + 4 * (i <= last ? i : last));
+      ring[i + radius][k] = p;
+      sum[k] = mulAdd(p, (uint32_t)(radius + 1 - i), sum[k]);
+      sumIn[k] = vaddq_u32(sumIn[k], p);
+    }
   }
 
   int sp = radius;
   int xp = radius < last ? radius : last;
   for (int x = 0; x < count; ++x) {
-    const uint32x4_t out = scale(sum, mul, shr);
-    unsigned char* d = row + 4 * x;
-    d[0] = (unsigned char)vgetq_lane_u32(out, 0);
-    d[1] = (unsigned char)vgetq_lane_u32(out, 1);
-    d[2] = (unsigned char)vgetq_lane_u32(out, 2);
-    sum = vsubq_u32(sum, sumOut);
     int start = sp + div - radius;
     if (start >= div) start -= div;
-    sumOut = vsubq_u32(sumOut, ring[start]);
     if (xp < last) ++xp;
-    // Pixel xp lies ahead of x, or is the last one, whose sums are not used again.
-    const uint32x4_t p = loadPixel(row + 4 * xp);
-    ring[start] = p;
-    sumIn = vaddq_u32(sumIn, p);
-    sum = vaddq_u32(sum, sumIn);
-    if (++sp >= div) sp = 0;
-    // Read after the write: with radius 0 start and sp name the same entry.
-    sumOut = vaddq_u32(sumOut, ring[sp]);
-    sumIn = vsubq_u32(sumIn, ring[sp]);
+    int next = sp + 1;
+    if (next >= div) next = 0;
+    for (int k = 0; k < kRows; ++k) {
+      const uint32x4_t out = scale<kShr>(sum[k], mul);
+      unsigned char* d = row[k] + 4 * x;
+      d[0] = (unsigned char)vgetq_lane_u32(out, 0);
+      d[1] = (unsigned char)vgetq_lane_u32(out, 1);
+      d[2] = (unsigned char)vgetq_lane_u32(out, 2);
+      sum[k] = vsubq_u32(sum[k], sumOut[k]);
+      sumOut[k] = vsubq_u32(sumOut[k], ring[start][k]);
+      // Pixel xp lies ahead of x, or is the last one, whose sums are not used again.
+      const uint32x4_t p = loadPixel(row[k] + 4 * xp);
+      ring[start][k] = p;
+      sumIn[k] = vaddq_u32(sumIn[k], p);
+      sum[k] = vaddq_u32(sum[k], sumIn[k]);
+      // Read after the write: with radius 0 start and next name the same entry.
+      sumOut[k] = vaddq_u32(sumOut[k], ring[next][k]);
+      sumIn[k] = vsubq_u32(sumIn[k], ring[next][k]);
+    }
+    sp = next;
   }
 }
 
 // Vertical pass over a strip of kStrip pixels starting at col.
-void blurStrip(unsigned char* col, int height, size_t stride, int radius, uint32_t mul, uint32_t shr) {
+template <int kShr>
+void blurStrip(unsigned char* col, int height, size_t stride, int radius, uint32_t mul) {
   const int div = 2 * radius + 1;
   const int last = height - 1;
   uint8x16_t ring[kMaxDiv][kChunks];
@@ -204,7 +198,7 @@ void blurStrip(unsigned char* col, int height, size_t stride, int radius, uint32
       // last row, whose updated sums are not used again.
       const uint8x16_t in = vld1q_u8(src + 16 * c);
       uint32x4_t out[4];
-      for (int j = 0; j < 4; ++j) out[j] = scale(sum[c][j], mul, shr);
+      for (int j = 0; j < 4; ++j) out[j] = scale<kShr>(sum[c][j], mul);
       vst1q_u8(dst + 16 * c, vbslq_u8(colour, narrow(out), vld1q_u8(dst + 16 * c)));
 
       uint32x4_t p[4], leaving[4], entering[4];
@@ -273,6 +267,20 @@ void blurNarrowStrip(unsigned char* col, int n, int height, size_t stride, int r
   }
 }
 
+// Both passes for one shift value.
+template <int kShr>
+void blurImage(unsigned char* pixels, int width, int height, int radius, uint32_t mul) {
+  const size_t stride = (size_t)width * 4;
+  int y = 0;
+  for (; y + kRowBatch <= height; y += kRowBatch)
+    blurRows<kShr, kRowBatch>(pixels + (size_t)y * stride, stride, width, radius, mul);
+  for (; y < height; ++y) blurRows<kShr, 1>(pixels + (size_t)y * stride, stride, width, radius, mul);
+  int x = 0;
+  for (; x + kStrip <= width; x += kStrip)
+    blurStrip<kShr>(pixels + (size_t)x * 4, height, stride, radius, mul);
+  if (x < width) blurNarrowStrip(pixels + (size_t)x * 4, (width - x) * 4, height, stride, radius, mul, kShr);
+}
+
 }  // namespace
 
 void stack_blur(unsigned char* pixels, int width, int height, int radius) {
@@ -280,11 +288,29 @@ void stack_blur(unsigned char* pixels, int width, int height, int radius) {
   if ((uint64_t)width * (uint64_t)height * 4u > 0xFFFFFFFFull) return;
   if (radius < 0 || radius > kMaxRadius) return;
   const uint32_t mul = kStackBlurMul[radius];
-  const uint32_t shr = kStackBlurShr[radius];
-  const size_t stride = (size_t)width * 4;
-  for (int y = 0; y < height; ++y) blurRow(pixels + (size_t)y * stride, width, radius, mul, shr);
-  int x = 0;
-  for (; x + kStrip <= width; x += kStrip)
-    blurStrip(pixels + (size_t)x * 4, height, stride, radius, mul, shr);
-  if (x < width) blurNarrowStrip(pixels + (size_t)x * 4, (width - x) * 4, height, stride, radius, mul, shr);
+  switch (kStackBlurShr[radius]) {
+#define OV_SHIFT_CASE(n)                              \
+  case n:                                             \
+    blurImage<n>(pixels, width, height, radius, mul); \
+    break;
+    OV_SHIFT_CASE(9)
+    OV_SHIFT_CASE(10)
+    OV_SHIFT_CASE(11)
+    OV_SHIFT_CASE(12)
+    OV_SHIFT_CASE(13)
+    OV_SHIFT_CASE(14)
+    OV_SHIFT_CASE(15)
+    OV_SHIFT_CASE(16)
+    OV_SHIFT_CASE(17)
+    OV_SHIFT_CASE(18)
+    OV_SHIFT_CASE(19)
+    OV_SHIFT_CASE(20)
+    OV_SHIFT_CASE(21)
+    OV_SHIFT_CASE(22)
+    OV_SHIFT_CASE(23)
+    OV_SHIFT_CASE(24)
+#undef OV_SHIFT_CASE
+    default:
+      break;  // the table holds 9..24 only
+  }
 }

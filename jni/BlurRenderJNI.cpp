@@ -24,9 +24,9 @@ bool canServe(JNIEnv* env, jobject bitmap, jint width, jint height, jint radius)
 
 }  // namespace
 
-OV_CAPI jint Java_com_orvan_media_render_BlurRender_nativeProcess(JNIEnv* env, jobject, jobject bitmap, jint width,
-                                                                  jint height, jint radius, jint color,
-                                                                  jint alpha) {
+OV_CAPI jint Java_com_orvan_media_render_BlurRender_nativeProcess(JNIEnv* env, jobject, jobject bitmap,
+                                                                  jint width, jint height, jint radius,
+                                                                  jint color, jint alpha) {
   void* pixels = nullptr;
   AndroidBitmap_lockPixels(env, bitmap, &pixels);
   if (pixels != nullptr && canServe(env, bitmap, width, height, radius)) {

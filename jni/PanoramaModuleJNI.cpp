@@ -9,8 +9,8 @@
 OV_CAPI jlong Java_com_orvan_media_effects_pano_PanoramaModule_nativeCreate(JNIEnv*, jobject, jint width,
                                                                             jint height, jint format) {
   auto* pano = new PanoramaInterface();
-  OV_LOGD("Java_com_orvan_media_effects_pano_PanoramaModule_nativeCreate width:%d, height:%d, format:%d\n", width,
-          height, format);
+  OV_LOGD("Java_com_orvan_media_effects_pano_PanoramaModule_nativeCreate width:%d, height:%d, format:%d\n",
+          width, height, format);
   if (pano->startup(width, height, format, PanoramaModuleOnErrorCallback) == PANORAMA_RESULT_TYPE_NO_ERROR) {
     return ovjni::longHandleOf(pano);
   }

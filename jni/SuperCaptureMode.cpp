@@ -15,7 +15,8 @@ struct Suggestion {
 
 // First matching row wins; the last row takes everything brighter.
 const Suggestion kSuggestions[] = {
-    {29, 2.0f, 2}, {39, 2.8f, 2}, {59, 4.0f, 1}, {79, 5.6f, 0}, {99, 8.0f, -1}, {119, 11.0f, -1}, {139, 16.0f, -2},
+    {29, 2.0f, 2},  {39, 2.8f, 2},    {59, 4.0f, 1},    {79, 5.6f, 0},
+    {99, 8.0f, -1}, {119, 11.0f, -1}, {139, 16.0f, -2},
 };
 
 }  // namespace

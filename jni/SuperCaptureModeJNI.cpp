@@ -8,22 +8,27 @@
 #include "jni/JniHandles.h"
 #include "jni/SuperCaptureMode.h"
 
-OV_CAPI jint Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate(JNIEnv*, jobject, jint width,
-                                                                                   jint height, jint format) {
-  OV_LOGD("Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate  width:%d, height:%d, format:%d\n",
-          width, height, format);
+OV_CAPI jint Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate(JNIEnv*, jobject,
+                                                                                  jint width, jint height,
+                                                                                  jint format) {
+  OV_LOGD(
+      "Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate  width:%d, height:%d, "
+      "format:%d\n",
+      width, height, format);
   // A size of 0 is accepted (such a monitor ignores every frame); negative
   // sizes and frames beyond 32-bit byte counts are not.
   if (width < 0 || height < 0 || static_cast<long long>(width) * height > INT32_MAX) return 0;
   auto* mode = new SuperCaptureMode();
-  mode->init(static_cast<unsigned int>(width), static_cast<unsigned int>(height), static_cast<unsigned int>(format));
+  mode->init(static_cast<unsigned int>(width), static_cast<unsigned int>(height),
+             static_cast<unsigned int>(format));
   jint handle = ovjni::intHandleAdd(mode);
   if (handle == 0) delete mode;
   return handle;
 }
 
 OV_CAPI void Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeProcess(JNIEnv* env, jobject thiz,
-                                                                                    jint handle, jbyteArray data) {
+                                                                                   jint handle,
+                                                                                   jbyteArray data) {
   if (data == nullptr) return;
   jbyte* bytes = env->GetByteArrayElements(data, nullptr);
   auto* mode = static_cast<SuperCaptureMode*>(ovjni::intHandleGet(handle));
@@ -34,6 +39,7 @@ OV_CAPI void Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeProce
   if (bytes != nullptr) env->ReleaseByteArrayElements(data, bytes, 0);
 }
 
-OV_CAPI void Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeDestroy(JNIEnv*, jobject, jint handle) {
+OV_CAPI void Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeDestroy(JNIEnv*, jobject,
+                                                                                   jint handle) {
   delete static_cast<SuperCaptureMode*>(ovjni::intHandleRemove(handle));
 }

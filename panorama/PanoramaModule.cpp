@@ -3,8 +3,8 @@
 #include <sched.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 #include "core/Log.h"
@@ -23,9 +23,7 @@ int truncToInt(float v) {
 }
 
 // 32-bit wrap-around product, as the target's multiply gives.
-int wrapMul(int a, int b) {
-  return static_cast<int>(static_cast<uint32_t>(static_cast<int64_t>(a) * b));
-}
+int wrapMul(int a, int b) { return static_cast<int>(static_cast<uint32_t>(static_cast<int64_t>(a) * b)); }
 
 }  // namespace
 

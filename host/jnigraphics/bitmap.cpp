@@ -35,7 +35,8 @@ bool lookUp(JNIEnv* env, jobject bitmap, BitmapFields* f) {
 
 OV_GRAPHICS_API int AndroidBitmap_getInfo(JNIEnv* env, jobject jbitmap, AndroidBitmapInfo* info) {
   BitmapFields f;
-  if (env == nullptr || jbitmap == nullptr || !lookUp(env, jbitmap, &f)) return ANDROID_BITMAP_RESULT_BAD_PARAMETER;
+  if (env == nullptr || jbitmap == nullptr || !lookUp(env, jbitmap, &f))
+    return ANDROID_BITMAP_RESULT_BAD_PARAMETER;
   if (info != nullptr) {
     info->width = static_cast<uint32_t>(env->GetIntField(jbitmap, f.width));
     info->height = static_cast<uint32_t>(env->GetIntField(jbitmap, f.height));
@@ -48,7 +49,8 @@ OV_GRAPHICS_API int AndroidBitmap_getInfo(JNIEnv* env, jobject jbitmap, AndroidB
 
 OV_GRAPHICS_API int AndroidBitmap_lockPixels(JNIEnv* env, jobject jbitmap, void** addrPtr) {
   BitmapFields f;
-  if (env == nullptr || jbitmap == nullptr || !lookUp(env, jbitmap, &f)) return ANDROID_BITMAP_RESULT_BAD_PARAMETER;
+  if (env == nullptr || jbitmap == nullptr || !lookUp(env, jbitmap, &f))
+    return ANDROID_BITMAP_RESULT_BAD_PARAMETER;
   jobject buffer = env->GetObjectField(jbitmap, f.buffer);
   void* pixels = buffer != nullptr ? env->GetDirectBufferAddress(buffer) : nullptr;
   if (buffer != nullptr) env->DeleteLocalRef(buffer);
@@ -60,7 +62,8 @@ OV_GRAPHICS_API int AndroidBitmap_lockPixels(JNIEnv* env, jobject jbitmap, void*
 
 OV_GRAPHICS_API int AndroidBitmap_unlockPixels(JNIEnv* env, jobject jbitmap) {
   BitmapFields f;
-  if (env == nullptr || jbitmap == nullptr || !lookUp(env, jbitmap, &f)) return ANDROID_BITMAP_RESULT_BAD_PARAMETER;
+  if (env == nullptr || jbitmap == nullptr || !lookUp(env, jbitmap, &f))
+    return ANDROID_BITMAP_RESULT_BAD_PARAMETER;
   jint locks = env->GetIntField(jbitmap, f.lockCount);
   if (locks > 0) env->SetIntField(jbitmap, f.lockCount, locks - 1);
   return ANDROID_BITMAP_RESULT_SUCCESS;

@@ -64,6 +64,10 @@ TEST(GPUEngineTest, PbufferLifecycle) {
   EXPECT_EQ(px[0], 255);
   EXPECT_EQ(px[1], 0);
 
+  // A context current without a draw surface is not wrapped either.
+  ASSERT_EQ(eglMakeCurrent(gc->display, EGL_NO_SURFACE, EGL_NO_SURFACE, gc->context), EGL_TRUE);
+  EXPECT_EQ(GPUEngine::getCurrentEngine(), nullptr);
+
   engine->close();
   EXPECT_EQ(eglGetCurrentContext(), EGL_NO_CONTEXT);
   EXPECT_EQ(GPUEngine::getCurrentEngine(), nullptr);
@@ -233,6 +237,10 @@ TEST(GPUEngineTest, NoUsableDisplay) {
   engine->close();
   engine->destroy();
   EXPECT_EQ(GPUEngine::getCurrentEngine(), nullptr);
+  // Without a context the status query itself fails (answers 0).
+  cap.clear();
+  GPUUtils::checkFramebufferStatusDetail("nothing");
+  EXPECT_EQ(cap.count("Checking completeness of Framebuffer:nothing\n"), 1);
   // GPU objects made without a current context come out empty, not crashing.
   auto_ptr<GPUContext> ctx = engine->getContext();
   auto_ptr<GPUImage2D> image(new GPUImage2D(ctx, 4, 4, 4));

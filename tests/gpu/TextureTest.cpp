@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "GpuFixture.h"
+#include "image/Image.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -282,4 +283,60 @@ TEST_F(GPUPixelBufferTest, ReleaseAndNullArguments) {
   EXPECT_EQ(pbo->getBuffer(), 0u);
   EXPECT_EQ(glIsBuffer(name), GL_FALSE);
   pbo->release();
+}
+
+// Images of the CPU side go up and come back unchanged.
+TEST_F(GPUImage2DTest, FromAndToImageObjects) {
+  const int w = 6, h = 5;
+  std::vector<unsigned char> rgba = noiseBytes(w * h * 4, 31);
+  unsigned char* planes[4] = {rgba.data(), nullptr, nullptr, nullptr};
+  auto_ptr<Image> picture(Image::createImage(w, h, 1, Image::IMAGE_FORMAT_RGBA, planes));
+  auto_ptr<GPUImage2D> gpu(GPUImage2D::createFromImage(ctx, picture));
+  ASSERT_NE(gpu, nullptr);
+  EXPECT_EQ(gpu->getFormat(), 4);
+  auto_ptr<Image> back(Image::createImage(w, h, 1, Image::IMAGE_FORMAT_RGBA, nullptr));
+  ASSERT_TRUE(gpu->download(back));
+  EXPECT_EQ(memcmp(back->planes[0], rgba.data(), rgba.size()), 0);
+
+  // upload replaces the contents; a different size or format is refused.
+  std::vector<unsigned char> second = noiseBytes(rgba.size(), 32);
+  unsigned char* planes2[4] = {second.data(), nullptr, nullptr, nullptr};
+  auto_ptr<Image> next(Image::createImage(w, h, 1, Image::IMAGE_FORMAT_RGBA, planes2));
+  ASSERT_TRUE(gpu->upload(next));
+  ASSERT_TRUE(gpu->download(back));
+  EXPECT_EQ(memcmp(back->planes[0], second.data(), second.size()), 0);
+  auto_ptr<Image> wrongSize(Image::createImage(w + 1, h, 1, Image::IMAGE_FORMAT_RGBA, nullptr));
+  EXPECT_FALSE(gpu->upload(wrongSize));
+  EXPECT_FALSE(gpu->download(wrongSize));
+  auto_ptr<Image> grey(Image::createImage(w, h, 1, Image::IMAGE_FORMAT_GRAY, nullptr));
+  EXPECT_FALSE(gpu->upload(grey));
+  EXPECT_FALSE(gpu->download(grey));
+
+  // Formats without a GPU counterpart, several layers in 2D, or no pixels: refused.
+  auto_ptr<Image> nv21(Image::createImage(w, h, 1, Image::IMAGE_FORMAT_NV21, nullptr));
+  EXPECT_EQ(GPUImage2D::createFromImage(ctx, nv21), nullptr);
+  auto_ptr<Image> layered(Image::createImage(w, h, 2, Image::IMAGE_FORMAT_GRAY, nullptr));
+  EXPECT_EQ(GPUImage2D::createFromImage(ctx, layered), nullptr);
+  auto_ptr<Image> none(Image::createImage(w, h, 1, Image::IMAGE_FORMAT_NONE, nullptr));
+  EXPECT_EQ(GPUImage2D::createFromImage(ctx, none), nullptr);
+  EXPECT_EQ(GPUImage2D::createFromImage(ctx.get(), nullptr), nullptr);
+
+  // A grey image becomes a luminance texture.
+  for (unsigned i = 0; i < static_cast<unsigned>(w * h); ++i)
+    grey->planes[0][i] = static_cast<unsigned char>(i * 7);
+  auto_ptr<GPUImage2D> lum(GPUImage2D::createFromImage(ctx, grey));
+  ASSERT_NE(lum, nullptr);
+  EXPECT_EQ(lum->getGLFormat(), static_cast<unsigned>(GL_LUMINANCE));
+  glBindTexture(GL_TEXTURE_2D, lum->getTexture());
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+  std::vector<unsigned char> px = renderThrough(ctx, kSample2D, w, h, lum.get(), nullptr, 0);
+  for (int i = 0; i < w * h; ++i) EXPECT_EQ(px[i * 4 + 1], grey->planes[0][i]) << i;
+
+  // Layers of one Image become a 3D texture.
+  auto_ptr<GPUImage3D> volume(GPUImage3D::createFromImage(ctx, layered));
+  ASSERT_NE(volume, nullptr);
+  EXPECT_EQ(volume->getDepth(), 2);
+  EXPECT_EQ(volume->getTarget(), static_cast<unsigned>(GL_TEXTURE_3D));
+  EXPECT_EQ(GPUImage3D::createFromImage(ctx, nv21), nullptr);
 }

@@ -63,6 +63,11 @@ TEST(AlphaBlendNeon, WholeGroupsOnlyAndAlphaZeroBlackens) {
   // Counts -7..7 do nothing; so does any negative count.
   Bytes seven(8 * 4, 100);
   for (int n : {7, 1, 0, -7, -8, -100}) alpha_blend_neon(seven.data(), n, 0, 0, 0, 255);
+  // A count whose bytes do not fit in 32 bits is refused by both forms.
+  alpha_blend_neon(seven.data(), 0x40000000, 0, 0, 0, 255);
+  alpha_blend(seven.data(), 0x40000000, 0, 0, 0, 255);
+  alpha_blend(nullptr, 8, 0, 0, 0, 255);
+  alpha_blend_neon(nullptr, 8, 0, 0, 0, 255);
   EXPECT_EQ(seven, Bytes(8 * 4, 100));
 }
 

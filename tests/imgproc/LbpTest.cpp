@@ -99,6 +99,14 @@ TEST(Lbp, PatternBitsFollowTheNeighbourTable) {
   std::vector<char> one(256, 0);
   lbp_pyr_features(one.data(), 256, peak.data(), 3, 3);
   for (int i = 0; i < 256; ++i) EXPECT_EQ(one[i], i == 255 ? 1 : 0);
+
+  // The vector is not cleared first and its 8-bit counters wrap.
+  Img again = {1, 2, 3, 4, 9, 5, 6, 7, 8};
+  one[255] = (char)255;
+  one[0] = 42;
+  lbp_pyr_features(one.data(), 256, again.data(), 3, 3);
+  EXPECT_EQ(one[255], 0);
+  EXPECT_EQ(one[0], 42);
 }
 
 TEST(Lbp, FiveFormsAgreeOverSeveralLevels) {

@@ -1,12 +1,11 @@
 // JavaInputStream / JavaOutputStream over real java.io streams.
-#include "core/JavaStream.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdarg>
 #include <vector>
 
 #include "JvmEnvironment.h"
+#include "core/JavaStream.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -56,7 +55,7 @@ TEST(JavaInputStream, ReadsInChunksAroundTheTransferArray) {
   JavaInputStream in(env, byteInput(env, data), env->NewByteArray(64));
 
   std::vector<unsigned char> got(1000, 0);
-  EXPECT_EQ(10, in.read(got.data(), 10));     // within one transfer
+  EXPECT_EQ(10, in.read(got.data(), 10));         // within one transfer
   EXPECT_EQ(300, in.read(got.data() + 10, 300));  // several transfers
   EXPECT_EQ(64, in.read(got.data() + 310, 64));   // exactly one
   EXPECT_EQ(310u + 64u, in.getBytesRead());

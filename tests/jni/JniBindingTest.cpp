@@ -14,11 +14,12 @@
 
 extern "C" {
 jint Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate(JNIEnv*, jobject, jint, jint, jint);
-void Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeProcess(JNIEnv*, jobject, jint, jbyteArray);
+void Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeProcess(JNIEnv*, jobject, jint,
+                                                                           jbyteArray);
 void Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeDestroy(JNIEnv*, jobject, jint);
 jlong Java_com_orvan_media_effects_pano_PanoramaModule_nativeCreate(JNIEnv*, jobject, jint, jint, jint);
-jint Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess(JNIEnv*, jobject, jlong, jbyteArray, jfloat,
-                                                                    jfloat);
+jint Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess(JNIEnv*, jobject, jlong, jbyteArray,
+                                                                    jfloat, jfloat);
 void Java_com_orvan_media_effects_pano_PanoramaModule_nativeDestroy(JNIEnv*, jobject, jlong);
 }
 
@@ -74,9 +75,10 @@ TEST(SuperCaptureModeJni, LogsAndSurvivesACallerWithoutTheCallback) {
   jobject caller = plainObject(env);
   jint h = Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate(env, caller, 16, 8, 17);
   ASSERT_NE(0, h);
-  EXPECT_EQ(1, cap.count(
-                   "Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate  width:16, height:8, "
-                   "format:17\n"));
+  EXPECT_EQ(
+      1,
+      cap.count("Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate  width:16, height:8, "
+                "format:17\n"));
   EXPECT_EQ(1, cap.count("m_Width:16, m_Height:8\n"));
 
   jbyteArray bright = filledArray(env, 16 * 8 * 3 / 2, 90);
@@ -103,15 +105,18 @@ TEST(PanoramaModuleJni, LogLinesAndForeignCallers) {
                          "format:2\n"));
 
   jbyteArray data = filledArray(env, 64 * 48 * 3 / 2, 1);
-  EXPECT_EQ(3, Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess(env, caller, h, data, 1.0f, 2.0f));
+  EXPECT_EQ(3,
+            Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess(env, caller, h, data, 1.0f, 2.0f));
   // Accepted, but the caller has no offset fields to write: nothing breaks.
-  EXPECT_EQ(0, Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess(env, caller, h, data, 1.0f, 0.5f));
+  EXPECT_EQ(0,
+            Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess(env, caller, h, data, 1.0f, 0.5f));
   EXPECT_FALSE(env->ExceptionCheck());
   std::string prefix = "Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess pano_handle:" +
                        pointerText(reinterpret_cast<void*>(h)) + ", data:";
   EXPECT_EQ(2, cap.countPrefix(prefix));
   // Handle 0 is not an error.
-  EXPECT_EQ(0, Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess(env, caller, 0, nullptr, 1.0f, 2.0f));
+  EXPECT_EQ(
+      0, Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess(env, caller, 0, nullptr, 1.0f, 2.0f));
   EXPECT_EQ(1, cap.count("Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess pano_handle:(nil), "
                          "data:(nil), gyroX:1.000000, gyroY:2.000000\n"));
 
@@ -119,7 +124,8 @@ TEST(PanoramaModuleJni, LogLinesAndForeignCallers) {
   EXPECT_EQ(1, cap.count("Java_com_orvan_media_effects_pano_PanoramaModule_nativeDestroy  pano_handle:" +
                          pointerText(reinterpret_cast<void*>(h)) + "\n"));
   Java_com_orvan_media_effects_pano_PanoramaModule_nativeDestroy(env, caller, 0);
-  EXPECT_EQ(1, cap.count("Java_com_orvan_media_effects_pano_PanoramaModule_nativeDestroy  pano_handle:(nil)\n"));
+  EXPECT_EQ(1,
+            cap.count("Java_com_orvan_media_effects_pano_PanoramaModule_nativeDestroy  pano_handle:(nil)\n"));
 }
 
 TEST(HostBitmap, InfoAndLockedPixels) {

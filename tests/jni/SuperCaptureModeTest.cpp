@@ -1,11 +1,10 @@
 // The brightness monitor without a JVM: a null JNIEnv makes every suggestion
 // a log line, and the observers show the state behind it.
-#include "jni/SuperCaptureMode.h"
-
 #include <gtest/gtest.h>
 
 #include <vector>
 
+#include "jni/SuperCaptureMode.h"
 #include "support/LogCapture.h"
 
 namespace {

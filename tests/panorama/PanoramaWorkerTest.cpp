@@ -40,7 +40,8 @@ void checkQueuedFrames(int format) {
   std::vector<unsigned char> expected(src.begin(), src.end());
   if (format != 3) {
     for (int i = 0; i < n / 4; ++i) {
-      unsigned char first = static_cast<unsigned char>(2 * i + 1), second = static_cast<unsigned char>(200 + i);
+      unsigned char first = static_cast<unsigned char>(2 * i + 1),
+                    second = static_cast<unsigned char>(200 + i);
       expected[n + i] = format == 1 ? second : first;
       expected[n + n / 4 + i] = format == 1 ? first : second;
     }
@@ -78,10 +79,9 @@ void checkQueuedFrames(int format) {
 
 TEST(PanoramaQueue, YV12FramesAreCopiedWithTheirQueueDepth) { checkQueuedFrames(3); }
 
-// Enabled once the YV12 repacking of image/ is in.
-TEST(PanoramaQueue, DISABLED_NV12FramesAreRepackedToYV12) { checkQueuedFrames(1); }
+TEST(PanoramaQueue, NV12FramesAreRepackedToYV12) { checkQueuedFrames(1); }
 
-TEST(PanoramaQueue, DISABLED_NV21FramesAreRepackedToYV12) { checkQueuedFrames(2); }
+TEST(PanoramaQueue, NV21FramesAreRepackedToYV12) { checkQueuedFrames(2); }
 
 TEST(PanoramaQueue, CloseEmptiesWhatTheWorkerNeverTook) {
   // The worker is held until close has stopped the module, so it starts
@@ -133,6 +133,13 @@ TEST(PanoramaQueue, RepeatedCyclesEndCleanly) {
   std::vector<unsigned char> frame(32 * 16 * 3 / 2, 1);
   for (int i = 0; i < 200; ++i) {
     auto* pano = new PanoramaInterface();
+    if (i % 7 == 6) {
+      // What nativeCreate does with a refused size.
+      ASSERT_EQ(3, pano->startup(0, 16, 3, PanoramaModuleOnErrorCallback));
+      EXPECT_EQ(0, pano->close());
+      delete pano;
+      continue;
+    }
     ASSERT_EQ(0, pano->startup(32, 16, 1 + i % 3, PanoramaModuleOnErrorCallback));
     int ox = 0, oy = 0;
     pano->addFrame(frame.data(), kRefX, kRefY, ox, oy);

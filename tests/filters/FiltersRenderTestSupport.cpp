@@ -1,0 +1,66 @@
+// Native side of the Java test of FiltersRender: captures the library's log
+// lines, hands out the address of a direct buffer, and points the program
+// cache at a temporary directory.
+#include <android/log.h>
+#include <jni.h>
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "gpu/GPUScript.h"
+
+namespace {
+
+std::mutex gMutex;
+std::vector<std::string> gLines;
+bool gCapturing = false;
+
+void capture(const struct __android_logger_data*, const char* message) {
+  std::lock_guard<std::mutex> lock(gMutex);
+  if (gCapturing) gLines.push_back(message != nullptr ? message : "");
+}
+
+}  // namespace
+
+#define TEST_NAME(method) Java_com_orvan_media_effects_renderer_render_FiltersRenderTest_##method
+
+extern "C" {
+
+__attribute__((visibility("default"))) void TEST_NAME(logStart)(JNIEnv*, jclass) {
+  {
+    std::lock_guard<std::mutex> lock(gMutex);
+    gLines.clear();
+    gCapturing = true;
+  }
+  __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
+  __android_log_set_logger(capture);
+}
+
+__attribute__((visibility("default"))) void TEST_NAME(logStop)(JNIEnv*, jclass) {
+  std::lock_guard<std::mutex> lock(gMutex);
+  gCapturing = false;
+  gLines.clear();
+}
+
+__attribute__((visibility("default"))) jint TEST_NAME(logCount)(JNIEnv* env, jclass, jstring text) {
+  const char* chars = env->GetStringUTFChars(text, nullptr);
+  std::string wanted = chars != nullptr ? chars : "";
+  if (chars != nullptr) env->ReleaseStringUTFChars(text, chars);
+  std::lock_guard<std::mutex> lock(gMutex);
+  jint n = 0;
+  for (const auto& l : gLines) n += l == wanted ? 1 : 0;
+  return n;
+}
+
+__attribute__((visibility("default"))) jlong TEST_NAME(addressOf)(JNIEnv* env, jclass, jobject buffer) {
+  return static_cast<jlong>(reinterpret_cast<intptr_t>(env->GetDirectBufferAddress(buffer)));
+}
+
+__attribute__((visibility("default"))) void TEST_NAME(useCacheDirectory)(JNIEnv* env, jclass, jstring dir) {
+  const char* chars = env->GetStringUTFChars(dir, nullptr);
+  GPUScript::setCacheDirectory(chars);
+  if (chars != nullptr) env->ReleaseStringUTFChars(dir, chars);
+}
+
+}  // extern "C"
