@@ -255,3 +255,71 @@ TEST(GPUEngineTest, NoUsableDisplay) {
   EXPECT_FALSE(program->beganCompute());
   EXPECT_FALSE(program->endCompute());
 }
+
+// The ANativeWindow stand-in itself: sizes, geometry rules, references.
+TEST(NativeWindowHostTest, GeometryAndReferences) {
+  if (environmentSays("OV_GPU_EXPECT", "nodisplay")) GTEST_SKIP() << "runs with a display only";
+  EXPECT_EQ(ANativeWindowHost_create(0, 10), nullptr);
+  ANativeWindow* window = ANativeWindowHost_create(32, 16);
+  ASSERT_NE(window, nullptr);
+  EXPECT_EQ(ANativeWindow_getWidth(window), 32);
+  EXPECT_EQ(ANativeWindow_getHeight(window), 16);
+  // 0 x 0 keeps the size and records the format; one zero alone is refused.
+  EXPECT_EQ(ANativeWindow_setBuffersGeometry(window, 0, 0, WINDOW_FORMAT_RGBX_8888), 0);
+  EXPECT_EQ(ANativeWindow_getFormat(window), WINDOW_FORMAT_RGBX_8888);
+  EXPECT_EQ(ANativeWindow_getWidth(window), 32);
+  EXPECT_EQ(ANativeWindow_setBuffersGeometry(window, 8, 0, 1), -22);
+  EXPECT_EQ(ANativeWindow_setBuffersGeometry(window, -1, -1, 1), -22);
+  EXPECT_EQ(ANativeWindow_setBuffersGeometry(nullptr, 0, 0, 1), -22);
+  // A real size resizes the X window: the screenshot and a new surface follow.
+  EXPECT_EQ(ANativeWindow_setBuffersGeometry(window, 40, 20, 1), 0);
+  EXPECT_EQ(ANativeWindow_getWidth(window), 40);
+  EXPECT_EQ(ANativeWindow_getHeight(window), 20);
+  std::vector<unsigned char> shot(40 * 20 * 4);
+  EXPECT_EQ(ANativeWindowHost_readPixels(window, shot.data(), static_cast<int64_t>(shot.size())), 0);
+  {
+    auto_ptr<GPUEngine> engine(new GPUEngine(window, 0, 0));
+    ASSERT_TRUE(engine->setup());
+    EXPECT_EQ(engine->getGPUContext()->surfaceWidth, 40);
+    EXPECT_EQ(engine->getGPUContext()->surfaceHeight, 20);
+    engine->destroy();
+  }
+  // An extra reference keeps the window; the last release destroys it.
+  unsigned long xid = ANativeWindowHost_getXWindow(window);
+  EXPECT_NE(xid, 0u);
+  ANativeWindow_acquire(window);
+  ANativeWindow_release(window);
+  EXPECT_EQ(ANativeWindowHost_getXWindow(window), xid);
+  ANativeWindow_release(window);
+  EXPECT_EQ(ANativeWindowHost_getXWindow(window), 0u);
+  EXPECT_EQ(ANativeWindow_getWidth(window), -22);
+  EXPECT_EQ(ANativeWindowHost_readPixels(window, shot.data(), static_cast<int64_t>(shot.size())), -22);
+}
+
+// Windows of parallel tests overlap at the screen origin; each keeps and
+// shows back its own pixels.
+TEST(NativeWindowHostTest, CoveredWindowKeepsItsPixels) {
+  if (environmentSays("OV_GPU_EXPECT", "nodisplay")) GTEST_SKIP() << "runs with a display only";
+  const int w = 16, h = 16;
+  const float colours[2][3] = {{1, 0, 0}, {0, 1, 0}};
+  ANativeWindow* windows[2] = {ANativeWindowHost_create(w, h), nullptr};
+  ASSERT_NE(windows[0], nullptr);
+  for (int i = 0; i < 2; ++i) {
+    if (i == 1) windows[1] = ANativeWindowHost_create(w, h);  // mapped on top of the first
+    ASSERT_NE(windows[i], nullptr);
+    auto_ptr<GPUEngine> engine(new GPUEngine(windows[i], 0, 0));
+    ASSERT_TRUE(engine->setup());
+    engine->startup();
+    glClearColor(colours[i][0], colours[i][1], colours[i][2], 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT);
+    engine->flush();
+    engine->close();
+    engine->destroy();
+  }
+  std::vector<unsigned char> shot(w * h * 4);
+  ASSERT_EQ(ANativeWindowHost_readPixels(windows[0], shot.data(), static_cast<int64_t>(shot.size())), 0);
+  const unsigned char red[4] = {255, 0, 0, 255};
+  EXPECT_EQ(memcmp(rgbaAt(shot, w, w / 2, h / 2), red, 4), 0);
+  ANativeWindow_release(windows[0]);
+  ANativeWindow_release(windows[1]);
+}
