@@ -9,6 +9,42 @@ using namespace convert_row;
 
 namespace {
 
+// The one dispatch point between the C kernels and the SIMD ones. The SIMD
+// kernels do whole blocks; the C kernel finishes the row.
+bool simd() {
+#if OV_HAVE_SSSE3_ROWS
+  return HasSSSE3();
+#else
+  return false;
+#endif
+}
+
+void nvToRGB(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int quads, int uOffset) {
+  int done = 0;
+#if OV_HAVE_SSSE3_ROWS
+  if (simd()) done = NVQuadToRGBRow_SSSE3(y, chroma, rgb, quads, uOffset);
+#endif
+  NVQuadToRGBRow_C(y + 4 * done, chroma + 2 * done, rgb + 12 * done, quads - done, uOffset);
+}
+
+void packed422ToRGB(const uint8_t* src, uint8_t* rgb, int pairs, int uOffset, int vOffset) {
+  int done = 0;
+#if OV_HAVE_SSSE3_ROWS
+  if (simd()) done = Packed422ToRGBRow_SSSE3(src, rgb, pairs, uOffset);
+#endif
+  Packed422ToRGBRow_C(src + 4 * done, rgb + 6 * done, pairs - done, uOffset, vOffset);
+}
+
+void rgbToNVBlocks(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1, uint8_t* chroma,
+                   int blocks, int uOffset) {
+  int done = 0;
+#if OV_HAVE_SSSE3_ROWS
+  if (simd()) done = RGBToNVBlockRow_SSSE3(rgb0, rgb1, y0, y1, chroma, blocks, uOffset);
+#endif
+  RGBToNVBlockRow_C(rgb0 + 6 * done, rgb1 + 6 * done, y0 + 2 * done, y1 + 2 * done, chroma + 2 * done,
+                    blocks - done, uOffset);
+}
+
 // Pixel count of a width x height frame, or 0 when either side is below 1 or
 // the count does not fit in an int (no converter can serve such a frame).
 int pixelsOf(int width, int height) {
@@ -67,7 +103,7 @@ int color_convert_rgb2yuyv(const unsigned char* src, unsigned char* dst, int wid
 }
 
 int color_convert_yuyv2rgb(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 2, [&](int pairs) { Packed422ToRGBRow_C(src, dst, pairs, 1, 3); });
+  return run(src, dst, width, height, 2, [&](int pairs) { packed422ToRGB(src, dst, pairs, 1, 3); });
 }
 
 int color_convert_rgb2yvyu(const unsigned char* src, unsigned char* dst, int width, int height) {
@@ -75,7 +111,7 @@ int color_convert_rgb2yvyu(const unsigned char* src, unsigned char* dst, int wid
 }
 
 int color_convert_yvyu2rgb(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 2, [&](int pairs) { Packed422ToRGBRow_C(src, dst, pairs, 3, 1); });
+  return run(src, dst, width, height, 2, [&](int pairs) { packed422ToRGB(src, dst, pairs, 3, 1); });
 }
 
 int color_convert_rgb2yuv422p(const unsigned char* rgb, unsigned char* y, unsigned char* u, unsigned char* v,
@@ -119,7 +155,7 @@ int rgbToNV(const unsigned char* rgb, unsigned char* y, unsigned char* chroma, i
   for (int row = 0; row + 1 < height; row += 2) {
     const unsigned char* src = rgb + rgbRow * row;
     unsigned char* luma = y + static_cast<long long>(width) * row;
-    RGBToNVBlockRow_C(src, src + rgbRow, luma, luma + width, chroma, blocks, uOffset);
+    rgbToNVBlocks(src, src + rgbRow, luma, luma + width, chroma, blocks, uOffset);
     chroma += 2 * blocks;
   }
   return 1;
@@ -139,13 +175,13 @@ int color_convert_rgb2nv21(const unsigned char* rgb, unsigned char* y, unsigned 
 int color_convert_nv122rgb(const unsigned char* y, const unsigned char* uv, unsigned char* rgb, int width,
                            int height) {
   if (uv == nullptr) return 0;
-  return run(y, rgb, width, height, 4, [&](int quads) { NVQuadToRGBRow_C(y, uv, rgb, quads, 0); });
+  return run(y, rgb, width, height, 4, [&](int quads) { nvToRGB(y, uv, rgb, quads, 0); });
 }
 
 int color_convert_nv212rgb(const unsigned char* y, const unsigned char* vu, unsigned char* rgb, int width,
                            int height) {
   if (vu == nullptr) return 0;
-  return run(y, rgb, width, height, 4, [&](int quads) { NVQuadToRGBRow_C(y, vu, rgb, quads, 1); });
+  return run(y, rgb, width, height, 4, [&](int quads) { nvToRGB(y, vu, rgb, quads, 1); });
 }
 
 int color_convert_yuv2gray(const unsigned char* src, unsigned char* dst, int width, int height) {

@@ -122,19 +122,22 @@ void NVQuadToRGBRow_C(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int
 
 void RGBToNVBlockRow_C(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1, uint8_t* chroma,
                        int blocks, int uOffset) {
+  const PackedForward& p = kPackedForward;
   const int vOffset = 1 - uOffset;
+  // Rounding constants of the U and V fields: +512 each before >> 2.
+  constexpr int kRound = 512 * 1024 + 512 * 1048576;
   for (int i = 0; i < blocks; ++i, rgb0 += 6, rgb1 += 6, y0 += 2, y1 += 2, chroma += 2) {
-    int us = 0, vs = 0;
-    for (int k = 0; k < 2; ++k) {
-      const int ra = rgb0[3 * k], ga = rgb0[3 * k + 1], ba = rgb0[3 * k + 2];
-      const int rb = rgb1[3 * k], gb = rgb1[3 * k + 1], bb = rgb1[3 * k + 2];
-      y0[k] = lumaOf(ra, ga, ba);
-      y1[k] = lumaOf(rb, gb, bb);
-      us += uTerm(ra, ga, ba) + uTerm(rb, gb, bb);
-      vs += vTerm(ra, ga, ba) + vTerm(rb, gb, bb);
-    }
-    chroma[uOffset] = static_cast<uint8_t>((us + 512) >> 2);
-    chroma[vOffset] = static_cast<uint8_t>((vs + 512) >> 2);
+    const int s0 = p.r[rgb0[0]] + p.g[rgb0[1]] + p.b[rgb0[2]];
+    const int s1 = p.r[rgb0[3]] + p.g[rgb0[4]] + p.b[rgb0[5]];
+    const int s2 = p.r[rgb1[0]] + p.g[rgb1[1]] + p.b[rgb1[2]];
+    const int s3 = p.r[rgb1[3]] + p.g[rgb1[4]] + p.b[rgb1[5]];
+    y0[0] = static_cast<uint8_t>((s0 & 1023) + 16);
+    y0[1] = static_cast<uint8_t>((s1 & 1023) + 16);
+    y1[0] = static_cast<uint8_t>((s2 & 1023) + 16);
+    y1[1] = static_cast<uint8_t>((s3 & 1023) + 16);
+    const int t = s0 + s1 + s2 + s3 + kRound;
+    chroma[uOffset] = static_cast<uint8_t>(((t >> 10) & 1023) >> 2);
+    chroma[vOffset] = static_cast<uint8_t>((t >> 20) >> 2);
   }
 }
 

@@ -26,20 +26,57 @@ inline uint8_t lumaOf(int r, int g, int b) {
   return static_cast<uint8_t>(kYR[r] + kYG[g] + kYB[b] + 16);
 }
 
-// Chroma contributions shared by a group of luma samples.
+// clamp255 as a lookup over every sum the inverse formula can reach
+// (-276..534): one load per channel instead of two compares.
+struct ClampTable {
+  uint8_t v[1024];
+};
+constexpr ClampTable makeClampTable() {
+  ClampTable t{};
+  for (int i = 0; i < 1024; ++i) t.v[i] = static_cast<uint8_t>(i < 384 ? 0 : (i > 384 + 255 ? 255 : i - 384));
+  return t;
+}
+inline constexpr ClampTable kClamp = makeClampTable();
+
+// What a chroma pair contributes to the luma samples that share it: for each
+// channel, the clamp table shifted by that channel's chroma term, so a pixel
+// costs one lookup per channel: R = clamp(kY[y] + kRV[v]) = rv[kY[y]].
 struct Chroma {
-  int rv, gvu, bu;
+  const uint8_t *r, *g, *b;
 };
 inline Chroma chromaOf(int u, int v) {
   using namespace colortables;
-  return Chroma{kRV[v], kGV[v] + kGU[u], kBU[u]};
+  const uint8_t* zero = kClamp.v + 384;
+  return Chroma{zero + kRV[v], zero - kGV[v] - kGU[u], zero + kBU[u]};
 }
 inline void storeRGB(uint8_t* rgb, int y, const Chroma& c) {
   const int l = colortables::kY[y];
-  rgb[0] = clamp255(l + c.rv);
-  rgb[1] = clamp255(l - c.gvu);
-  rgb[2] = clamp255(l + c.bu);
+  rgb[0] = c.r[l];
+  rgb[1] = c.g[l];
+  rgb[2] = c.b[l];
 }
+
+// The forward terms of one colour channel packed into one int: the Y term
+// plus 1024 times the U term plus 2^20 times the V term. Summing the three
+// channels' entries sums each term exactly, since the sum is linear; the
+// fields come apart again because every partial sum the NV writer needs
+// stays inside its 10 bits once the rounding constants are added (Y of four
+// pixels <= 876, U and V of four pixels + 512 in 68..956). Three lookups per
+// pixel instead of nine.
+struct PackedForward {
+  int r[256], g[256], b[256];
+};
+constexpr PackedForward makePackedForward() {
+  using namespace colortables;
+  PackedForward p{};
+  for (int i = 0; i < 256; ++i) {
+    p.r[i] = kYR[i] + kUR[i] * 1024 + kUB[i] * 1048576;
+    p.g[i] = kYG[i] + kUG[i] * 1024 + kVG[i] * 1048576;
+    p.b[i] = kYB[i] + kUB[i] * 1024 + kVB[i] * 1048576;
+  }
+  return p;
+}
+inline constexpr PackedForward kPackedForward = makePackedForward();
 
 void GrayToRGBRow_C(const uint8_t* src, uint8_t* dst, int pixels);
 void GrayToRGBARow_C(const uint8_t* src, uint8_t* dst, int pixels);
@@ -64,5 +101,19 @@ void NVQuadToRGBRow_C(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int
 // 2x2 blocks over two rows: rgb0/rgb1 and y0/y1 are the two rows.
 void RGBToNVBlockRow_C(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1, uint8_t* chroma,
                        int blocks, int uOffset);
+
+// SSSE3 kernels (x86): bit-identical to the C kernels above. Each does whole
+// blocks of 8 groups and returns how many groups it did.
+#if defined(__x86_64__) || defined(__i386__)
+#define OV_HAVE_SSSE3_ROWS 1
+bool HasSSSE3();
+int NVQuadToRGBRow_SSSE3(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int quads, int uOffset);
+// uOffset 1 for YUYV, 3 for YVYU.
+int Packed422ToRGBRow_SSSE3(const uint8_t* src, uint8_t* rgb, int pairs, int uOffset);
+int RGBToNVBlockRow_SSSE3(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1, uint8_t* chroma,
+                          int blocks, int uOffset);
+#else
+#define OV_HAVE_SSSE3_ROWS 0
+#endif
 
 }  // namespace convert_row

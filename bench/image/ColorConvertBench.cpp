@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "image/ColorConvert.h"
+#include "image/ConvertRows.h"
 
 namespace {
 
@@ -67,6 +68,41 @@ void BM_OpenCV_YUV2RGB_NV21(benchmark::State& state) {
   cv::Mat dst(f.h, f.w, CV_8UC3, f.out.data());
   for (auto _ : state) {
     cv::cvtColor(src, dst, cv::COLOR_YUV2RGB_NV21);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+
+// The portable C kernels alone (what runs where no SIMD kernel exists),
+// compiled into this benchmark from the library's source.
+void BM_OursC_nv212rgb(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  const size_t n = static_cast<size_t>(f.w) * f.h;
+  for (auto _ : state) {
+    convert_row::NVQuadToRGBRow_C(f.nv21.data(), f.nv21.data() + n, f.out.data(), static_cast<int>(n / 4), 1);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+void BM_OursC_rgb2nv21(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  const size_t n = static_cast<size_t>(f.w) * f.h;
+  for (auto _ : state) {
+    uint8_t* chroma = f.out.data() + n;
+    for (int row = 0; row + 1 < f.h; row += 2, chroma += f.w) {
+      const uint8_t* src = f.rgb.data() + static_cast<size_t>(3 * f.w) * row;
+      uint8_t* luma = f.out.data() + static_cast<size_t>(f.w) * row;
+      convert_row::RGBToNVBlockRow_C(src, src + 3 * f.w, luma, luma + f.w, chroma, f.w / 2, 1);
+    }
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+void BM_OursC_yuyv2rgb(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  const int pairs = f.w * f.h / 2;
+  for (auto _ : state) {
+    convert_row::Packed422ToRGBRow_C(f.yuyv.data(), f.out.data(), pairs, 1, 3);
     benchmark::ClobberMemory();
   }
   setPixels(state, f);
@@ -167,13 +203,16 @@ void BM_Libyuv_NV21ToI420_as_YV12(benchmark::State& state) {
 
 #define SIZES ->Args({1920, 1080})->Args({4000, 3000})->Unit(benchmark::kMillisecond)->UseRealTime()
 BENCHMARK(BM_Ours_nv212rgb) SIZES;
+BENCHMARK(BM_OursC_nv212rgb) SIZES;
 BENCHMARK(BM_Libyuv_NV21ToRGB24) SIZES;
 BENCHMARK(BM_OpenCV_YUV2RGB_NV21) SIZES;
 BENCHMARK(BM_Ours_rgb2nv21) SIZES;
+BENCHMARK(BM_OursC_rgb2nv21) SIZES;
 BENCHMARK(BM_Libyuv_RAWToJNV21) SIZES;
 BENCHMARK(BM_Libyuv_RAWToI420) SIZES;
 BENCHMARK(BM_OpenCV_RGB2YUV_YV12) SIZES;
 BENCHMARK(BM_Ours_yuyv2rgb) SIZES;
+BENCHMARK(BM_OursC_yuyv2rgb) SIZES;
 BENCHMARK(BM_Libyuv_YUY2ToARGB) SIZES;
 BENCHMARK(BM_OpenCV_YUV2RGB_YUYV) SIZES;
 BENCHMARK(BM_Ours_nv21_to_yv12) SIZES;

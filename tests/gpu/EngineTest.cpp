@@ -255,3 +255,43 @@ TEST(GPUEngineTest, NoUsableDisplay) {
   EXPECT_FALSE(program->beganCompute());
   EXPECT_FALSE(program->endCompute());
 }
+
+// The ANativeWindow stand-in itself: sizes, geometry rules, references.
+TEST(NativeWindowHostTest, GeometryAndReferences) {
+  if (environmentSays("OV_GPU_EXPECT", "nodisplay")) GTEST_SKIP() << "runs with a display only";
+  EXPECT_EQ(ANativeWindowHost_create(0, 10), nullptr);
+  ANativeWindow* window = ANativeWindowHost_create(32, 16);
+  ASSERT_NE(window, nullptr);
+  EXPECT_EQ(ANativeWindow_getWidth(window), 32);
+  EXPECT_EQ(ANativeWindow_getHeight(window), 16);
+  // 0 x 0 keeps the size and records the format; one zero alone is refused.
+  EXPECT_EQ(ANativeWindow_setBuffersGeometry(window, 0, 0, WINDOW_FORMAT_RGBX_8888), 0);
+  EXPECT_EQ(ANativeWindow_getFormat(window), WINDOW_FORMAT_RGBX_8888);
+  EXPECT_EQ(ANativeWindow_getWidth(window), 32);
+  EXPECT_EQ(ANativeWindow_setBuffersGeometry(window, 8, 0, 1), -22);
+  EXPECT_EQ(ANativeWindow_setBuffersGeometry(window, -1, -1, 1), -22);
+  EXPECT_EQ(ANativeWindow_setBuffersGeometry(nullptr, 0, 0, 1), -22);
+  // A real size resizes the X window: the screenshot and a new surface follow.
+  EXPECT_EQ(ANativeWindow_setBuffersGeometry(window, 40, 20, 1), 0);
+  EXPECT_EQ(ANativeWindow_getWidth(window), 40);
+  EXPECT_EQ(ANativeWindow_getHeight(window), 20);
+  std::vector<unsigned char> shot(40 * 20 * 4);
+  EXPECT_EQ(ANativeWindowHost_readPixels(window, shot.data(), static_cast<int64_t>(shot.size())), 0);
+  {
+    auto_ptr<GPUEngine> engine(new GPUEngine(window, 0, 0));
+    ASSERT_TRUE(engine->setup());
+    EXPECT_EQ(engine->getGPUContext()->surfaceWidth, 40);
+    EXPECT_EQ(engine->getGPUContext()->surfaceHeight, 20);
+    engine->destroy();
+  }
+  // An extra reference keeps the window; the last release destroys it.
+  unsigned long xid = ANativeWindowHost_getXWindow(window);
+  EXPECT_NE(xid, 0u);
+  ANativeWindow_acquire(window);
+  ANativeWindow_release(window);
+  EXPECT_EQ(ANativeWindowHost_getXWindow(window), xid);
+  ANativeWindow_release(window);
+  EXPECT_EQ(ANativeWindowHost_getXWindow(window), 0u);
+  EXPECT_EQ(ANativeWindow_getWidth(window), -22);
+  EXPECT_EQ(ANativeWindowHost_readPixels(window, shot.data(), static_cast<int64_t>(shot.size())), -22);
+}

@@ -287,6 +287,14 @@ TEST_F(GPUProgramTest, CompileFailuresAreLogged) {
   auto_ptr<GPUProgram> none(new GPUProgram(ctx, lonely));
   EXPECT_EQ(none->getProgram(), 0u);
   EXPECT_EQ(GPUUtils::createProgram(0x875f, nullptr, 10), 0u);
+  // Compute programs link alone; a broken one is logged with its shader type (0x91b9).
+  unsigned compute =
+      GPUUtils::createComputeProgram("#version 310 es\nlayout(local_size_x = 1) in;\nvoid main() {}\n");
+  EXPECT_NE(compute, 0u);
+  glDeleteProgram(compute);
+  cap.clear();
+  EXPECT_EQ(GPUUtils::createComputeProgram("#version 310 es\nvoid main() { oops }\n"), 0u);
+  EXPECT_EQ(cap.countPrefix("Could not compiled shader:37305\n"), 1);
   int length = 0;
   unsigned format = 0;
   void* binary = nullptr;
