@@ -53,6 +53,12 @@ ImageFilterBaseGL::~ImageFilterBaseGL() {
 }
 
 bool ImageFilterBaseGL::initEngine() {
+  // An engine owns its EGL objects only until destroy(): a second call must
+  // not leave the first one's context and surface behind.
+  if (engine != nullptr) {
+    engine->close();
+    engine->destroy();
+  }
   engine = new GPUEngine(nullptr, 0, 0);
   if (engine == nullptr) return false;
   bool ok = engine->setup();

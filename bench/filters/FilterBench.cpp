@@ -19,9 +19,9 @@
 
 namespace {
 
-const char* const kFilters[] = {"ImageFilterNone",        "ImageFilterTable",      "ImageFilterDistorted",
-                                "ImageFilterExtrusion",   "ImageFilterMirror",     "ImageFilterTemperature",
-                                "ImageFilterTimetunnel",  "ImageFilterXray"};
+const char* const kFilters[] = {"ImageFilterNone",       "ImageFilterTable",  "ImageFilterDistorted",
+                                "ImageFilterExtrusion",  "ImageFilterMirror", "ImageFilterTemperature",
+                                "ImageFilterTimetunnel", "ImageFilterXray"};
 const int kWidth = 1920;
 const int kHeight = 1080;
 
@@ -178,20 +178,30 @@ int main(int argc, char** argv) {
   for (const char* name : kFilters) {
     std::string shortName = name + strlen("ImageFilter");
     benchmark::RegisterBenchmark(("setupGraphics/cold/" + shortName).c_str(), setupCold, name)
-        ->Unit(benchmark::kMillisecond)->UseRealTime();
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
     benchmark::RegisterBenchmark(("setupGraphics/warm/" + shortName).c_str(), setupWarm, name)
-        ->Unit(benchmark::kMillisecond)->UseRealTime();
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
   }
   for (const char* name : kFilters) {
     std::string shortName = name + strlen("ImageFilter");
     benchmark::RegisterBenchmark(("process1080p/whole/" + shortName).c_str(), processWhole, name)
-        ->Unit(benchmark::kMillisecond)->UseRealTime();
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
     benchmark::RegisterBenchmark(("process1080p/draw/" + shortName).c_str(), draw, name)
-        ->Unit(benchmark::kMillisecond)->UseRealTime();
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
   }
-  benchmark::RegisterBenchmark("process1080p/upload", BM_Upload)->Unit(benchmark::kMillisecond)->UseRealTime();
-  benchmark::RegisterBenchmark("process1080p/download", BM_Download)->Unit(benchmark::kMillisecond)->UseRealTime();
-  benchmark::RegisterBenchmark("peer1080p/cpuXrayLoop", BM_CpuXrayLoop)->Unit(benchmark::kMillisecond)->UseRealTime();
+  benchmark::RegisterBenchmark("process1080p/upload", BM_Upload)
+      ->Unit(benchmark::kMillisecond)
+      ->UseRealTime();
+  benchmark::RegisterBenchmark("process1080p/download", BM_Download)
+      ->Unit(benchmark::kMillisecond)
+      ->UseRealTime();
+  benchmark::RegisterBenchmark("peer1080p/cpuXrayLoop", BM_CpuXrayLoop)
+      ->Unit(benchmark::kMillisecond)
+      ->UseRealTime();
   benchmark::RegisterBenchmark("peer1080p/memcpy", BM_Memcpy)->Unit(benchmark::kMillisecond)->UseRealTime();
 
   benchmark::Initialize(&argc, argv);
