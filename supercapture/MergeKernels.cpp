@@ -62,6 +62,7 @@ void mergeMax(int32_t* acc, const uint8_t* src, size_t n) {
   size_t i = 0;
   for (; i + 16 <= n; i += 16) {
     Wide s = widen16(src + i);
+#pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) {
       i32x4 a = load(acc + i + 4 * k);
       store(acc + i + 4 * k, a < s.v[k] ? s.v[k] : a);
@@ -76,6 +77,7 @@ void mergeCopy(int32_t* acc, const uint8_t* src, size_t n) {
   size_t i = 0;
   for (; i + 16 <= n; i += 16) {
     Wide s = widen16(src + i);
+#pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) store(acc + i + 4 * k, s.v[k]);
   }
   for (; i < n; ++i) acc[i] = src[i];
@@ -85,6 +87,7 @@ void mergeAdd(int32_t* acc, const uint8_t* src, size_t n) {
   size_t i = 0;
   for (; i + 16 <= n; i += 16) {
     Wide s = widen16(src + i);
+#pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) {
       // Unsigned lanes: the sum wraps instead of overflowing.
       u32x4 a = reinterpret_cast<u32x4>(load(acc + i + 4 * k));
@@ -118,6 +121,7 @@ void resultMean(uint8_t* dst, const int32_t* acc, size_t n, int32_t count) {
     const i32x4 top = {255, 255, 255, 255};
     for (; i + 16 <= n; i += 16) {
       i32x4 v[4];
+#pragma GCC unroll 4
       for (int k = 0; k < 4; ++k) {
         // Negative sums give 0 either way; clamping them first keeps q in
         // [0, 2^31), where the conversion back to int is defined.
