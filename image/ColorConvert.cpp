@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "core/Memory.h"
 #include "image/ConvertRows.h"
 
 using namespace convert_row;

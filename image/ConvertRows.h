@@ -10,8 +10,6 @@
 // choose the kernel (image/ColorConvert.cpp is the one dispatch point).
 namespace convert_row {
 
-inline uint8_t clamp255(int v) { return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v)); }
-
 // Per-pixel chroma terms before the +128 (or the group's rounding constant).
 inline int uTerm(int r, int g, int b) {
   using namespace colortables;
@@ -26,7 +24,7 @@ inline uint8_t lumaOf(int r, int g, int b) {
   return static_cast<uint8_t>(kYR[r] + kYG[g] + kYB[b] + 16);
 }
 
-// clamp255 as a lookup over every sum the inverse formula can reach
+// Clamping to 0..255 as a lookup over every sum the inverse formula can reach
 // (-276..534): one load per channel instead of two compares.
 struct ClampTable {
   uint8_t v[1024];
