@@ -8,8 +8,9 @@ using namespace convert_row;
 
 namespace {
 
-// The one dispatch point between the C kernels and the SIMD ones. The SIMD
-// kernels do whole blocks; the C kernel finishes the row.
+// The one dispatch point: a hand-written SIMD kernel where the processor has
+// one, else the portable kernel; either does whole blocks and the C (table)
+// kernel finishes the row.
 bool simd() {
 #if OV_HAVE_SSSE3_ROWS
   return HasSSSE3();
@@ -23,6 +24,7 @@ void nvToRGB(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int quads, i
 #if OV_HAVE_SSSE3_ROWS
   if (simd()) done = NVQuadToRGBRow_SSSE3(y, chroma, rgb, quads, uOffset);
 #endif
+  if (!simd()) done = NVQuadToRGBRow_Portable(y, chroma, rgb, quads, uOffset);
   NVQuadToRGBRow_C(y + 4 * done, chroma + 2 * done, rgb + 12 * done, quads - done, uOffset);
 }
 
@@ -31,6 +33,7 @@ void packed422ToRGB(const uint8_t* src, uint8_t* rgb, int pairs, int uOffset, in
 #if OV_HAVE_SSSE3_ROWS
   if (simd()) done = Packed422ToRGBRow_SSSE3(src, rgb, pairs, uOffset);
 #endif
+  if (!simd()) done = Packed422ToRGBRow_Portable(src, rgb, pairs, uOffset);
   Packed422ToRGBRow_C(src + 4 * done, rgb + 6 * done, pairs - done, uOffset, vOffset);
 }
 
@@ -56,6 +59,7 @@ void rgbToNVBlocks(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_
 #if OV_HAVE_SSSE3_ROWS
   if (simd()) done = RGBToNVBlockRow_SSSE3(rgb0, rgb1, y0, y1, chroma, blocks, uOffset);
 #endif
+  if (!simd()) done = RGBToNVBlockRow_Portable(rgb0, rgb1, y0, y1, chroma, blocks, uOffset);
   RGBToNVBlockRow_C(rgb0 + 6 * done, rgb1 + 6 * done, y0 + 2 * done, y1 + 2 * done, chroma + 2 * done,
                     blocks - done, uOffset);
 }

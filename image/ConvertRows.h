@@ -100,6 +100,16 @@ void NVQuadToRGBRow_C(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int
 void RGBToNVBlockRow_C(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1, uint8_t* chroma,
                        int blocks, int uOffset);
 
+// Portable kernels (image/ConvertRowsPortable.cpp): table-free arithmetic
+// that compilers vectorise; bit-identical to the C kernels. Each does whole
+// blocks of 64 pixels and returns how many groups it did (0 where the target
+// is not little-endian).
+int NVQuadToRGBRow_Portable(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int quads, int uOffset);
+// uOffset 1 for YUYV, 3 for YVYU.
+int Packed422ToRGBRow_Portable(const uint8_t* src, uint8_t* rgb, int pairs, int uOffset);
+int RGBToNVBlockRow_Portable(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1,
+                             uint8_t* chroma, int blocks, int uOffset);
+
 // SSSE3 kernels (x86): bit-identical to the C kernels above. Each does whole
 // blocks of 8 groups and returns how many groups it did.
 #if defined(__x86_64__) || defined(__i386__)

@@ -1,11 +1,10 @@
 // SSSE3 versions of the row kernels of the camera layouts. They reproduce the lookup tables
-// exactly with 16-bit multiply-high arithmetic: every table entry is
-// n * x + sign(x) * ((|x| * A) >> 16) for a whole part n and a multiplier A,
-// and the static_asserts below check that identity for all 256 entries, so
+// exactly with 16-bit multiply-high arithmetic (image/ConvertRowsArith.h), so
 // the results are bit-identical to the C kernels. Each kernel handles whole
 // blocks of pixels and returns how many groups it did; the caller finishes
 // the rest with the C kernel.
 #include "image/ConvertRows.h"
+#include "image/ConvertRowsArith.h"
 
 #if OV_HAVE_SSSE3_ROWS
 
@@ -16,36 +15,7 @@
 namespace convert_row {
 namespace {
 
-using namespace colortables;
-
-// Multipliers: ceil(fraction * 65536), one less for kVB where the ceiling
-// overshoots at 169 (0.071 * 169 = 11.999).
-constexpr int kFracY = 10748;   // kY  = x + 0.164x, x = y - 16
-constexpr int kFracRV = 39060;  // kRV = x + 0.596x, x = v - 128
-constexpr int kFracGV = 53281;  // kGV = 0.813x
-constexpr int kFracGU = 25625;  // kGU = 0.391x
-constexpr int kFracBU = 1180;   // kBU = 2x + 0.018x
-constexpr int kMulYR = 16843, kMulYG = 33031, kMulYB = 6423;
-constexpr int kMulUR = 9700, kMulUG = 19071, kMulUB = 28771;
-constexpr int kMulVG = 24118, kMulVB = 4653;
-
-constexpr int truncMul(int x, int a) { return x < 0 ? -((-x * a) >> 16) : (x * a) >> 16; }
-
-constexpr bool tablesMatch() {
-  for (int i = 0; i < 256; ++i) {
-    const int y = i - 16, c = i - 128;
-    if (kY[i] != y + truncMul(y, kFracY) || kRV[i] != c + truncMul(c, kFracRV) ||
-        kGV[i] != truncMul(c, kFracGV) || kGU[i] != truncMul(c, kFracGU) ||
-        kBU[i] != 2 * c + truncMul(c, kFracBU))
-      return false;
-    if (kYR[i] != truncMul(i, kMulYR) || kYG[i] != truncMul(i, kMulYG) || kYB[i] != truncMul(i, kMulYB) ||
-        kUR[i] != -truncMul(i, kMulUR) || kUG[i] != -truncMul(i, kMulUG) || kUB[i] != truncMul(i, kMulUB) ||
-        kVG[i] != -truncMul(i, kMulVG) || kVB[i] != -truncMul(i, kMulVB))
-      return false;
-  }
-  return true;
-}
-static_assert(tablesMatch(), "the SIMD arithmetic must equal the tables entry for entry");
+using namespace arith;
 
 // Byte shuffles between three planes of 16 and 48 interleaved bytes.
 struct Masks {

@@ -73,8 +73,8 @@ void BM_OpenCV_YUV2RGB_NV21(benchmark::State& state) {
   setPixels(state, f);
 }
 
-// The portable C kernels alone (what runs where no SIMD kernel exists),
-// compiled into this benchmark from the library's source.
+// The table C kernels alone (the reference; they also finish every row after
+// the block kernels), compiled into this benchmark from the library's source.
 void BM_OursC_nv212rgb(benchmark::State& state) {
   Frame& f = frame(state.range(0), state.range(1));
   const size_t n = static_cast<size_t>(f.w) * f.h;
@@ -103,6 +103,50 @@ void BM_OursC_yuyv2rgb(benchmark::State& state) {
   const int pairs = f.w * f.h / 2;
   for (auto _ : state) {
     convert_row::Packed422ToRGBRow_C(f.yuyv.data(), f.out.data(), pairs, 1, 3);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+
+// The portable kernels (table-free, compiler-vectorised), forced as the
+// dispatch would run them on a processor without a hand-written SIMD kernel:
+// whole blocks, then the C kernel for the rest of the row.
+void BM_OursPortable_nv212rgb(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  const size_t n = static_cast<size_t>(f.w) * f.h;
+  const int quads = static_cast<int>(n / 4);
+  for (auto _ : state) {
+    const uint8_t *y = f.nv21.data(), *vu = f.nv21.data() + n;
+    const int done = convert_row::NVQuadToRGBRow_Portable(y, vu, f.out.data(), quads, 1);
+    convert_row::NVQuadToRGBRow_C(y + 4 * done, vu + 2 * done, f.out.data() + 12 * done, quads - done, 1);
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+void BM_OursPortable_rgb2nv21(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  const size_t n = static_cast<size_t>(f.w) * f.h;
+  const int blocks = f.w / 2;
+  for (auto _ : state) {
+    uint8_t* chroma = f.out.data() + n;
+    for (int row = 0; row + 1 < f.h; row += 2, chroma += f.w) {
+      const uint8_t* src = f.rgb.data() + static_cast<size_t>(3 * f.w) * row;
+      uint8_t* luma = f.out.data() + static_cast<size_t>(f.w) * row;
+      const int done =
+          convert_row::RGBToNVBlockRow_Portable(src, src + 3 * f.w, luma, luma + f.w, chroma, blocks, 1);
+      convert_row::RGBToNVBlockRow_C(src + 6 * done, src + 3 * f.w + 6 * done, luma + 2 * done,
+                                     luma + f.w + 2 * done, chroma + 2 * done, blocks - done, 1);
+    }
+    benchmark::ClobberMemory();
+  }
+  setPixels(state, f);
+}
+void BM_OursPortable_yuyv2rgb(benchmark::State& state) {
+  Frame& f = frame(state.range(0), state.range(1));
+  const int pairs = f.w * f.h / 2;
+  for (auto _ : state) {
+    const int done = convert_row::Packed422ToRGBRow_Portable(f.yuyv.data(), f.out.data(), pairs, 1);
+    convert_row::Packed422ToRGBRow_C(f.yuyv.data() + 4 * done, f.out.data() + 6 * done, pairs - done, 1, 3);
     benchmark::ClobberMemory();
   }
   setPixels(state, f);
@@ -203,15 +247,18 @@ void BM_Libyuv_NV21ToI420_as_YV12(benchmark::State& state) {
 
 #define SIZES ->Args({1920, 1080})->Args({4000, 3000})->Unit(benchmark::kMillisecond)->UseRealTime()
 BENCHMARK(BM_Ours_nv212rgb) SIZES;
+BENCHMARK(BM_OursPortable_nv212rgb) SIZES;
 BENCHMARK(BM_OursC_nv212rgb) SIZES;
 BENCHMARK(BM_Libyuv_NV21ToRGB24) SIZES;
 BENCHMARK(BM_OpenCV_YUV2RGB_NV21) SIZES;
 BENCHMARK(BM_Ours_rgb2nv21) SIZES;
+BENCHMARK(BM_OursPortable_rgb2nv21) SIZES;
 BENCHMARK(BM_OursC_rgb2nv21) SIZES;
 BENCHMARK(BM_Libyuv_RAWToJNV21) SIZES;
 BENCHMARK(BM_Libyuv_RAWToI420) SIZES;
 BENCHMARK(BM_OpenCV_RGB2YUV_YV12) SIZES;
 BENCHMARK(BM_Ours_yuyv2rgb) SIZES;
+BENCHMARK(BM_OursPortable_yuyv2rgb) SIZES;
 BENCHMARK(BM_OursC_yuyv2rgb) SIZES;
 BENCHMARK(BM_Libyuv_YUY2ToARGB) SIZES;
 BENCHMARK(BM_OpenCV_YUV2RGB_YUYV) SIZES;
