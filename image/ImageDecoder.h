@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <vector>
 
 #include "core/Export.h"
@@ -22,11 +23,25 @@ class OV_EXPORT ImageDecoder : public RefBase {
 // IMAGE_FORMAT_RGB (the format code is the component count). The caller's
 // image is reconfigured only when decoding succeeds; on any failure it is
 // left as it was and 0 is returned.
+//
+// The pixels go into a buffer of the decoder's own and change hands only on
+// success. The buffer the caller's image gives up is kept as the decoder's
+// spare and reused by the next decode of the same byte size, so repeated
+// decodes write into warm memory instead of fresh pages; it is freed with the
+// decoder or when a decode of another size comes along.
 class OV_EXPORT JpegDecoder : public ImageDecoder {
  public:
+  JpegDecoder() = default;
+  ~JpegDecoder() override;
   // FF D8 FF.
   int isSupported(auto_ptr<Stream>& stream) override;
   int onDecode(auto_ptr<Stream>& stream, auto_ptr<Image>& image) override;
+
+ private:
+  JpegDecoder(const JpegDecoder&) = delete;
+  JpegDecoder& operator=(const JpegDecoder&) = delete;
+  // Taken whole by one decode at a time, so concurrent decodes need no lock.
+  std::atomic<Image*> mSpare{nullptr};
 };
 
 // Chooses a decoder by sniffing the stream. Holds one JpegDecoder.

@@ -30,10 +30,18 @@ void preferHugePages(unsigned char* buffer, size_t size) {
 #endif
 }
 
-// Decodes into a new Image of its own, so a failure leaves the caller's image
-// untouched. As in the encoder, nothing with a destructor lives across the
-// setjmp.
-Image* decompress(Stream* stream) {
+// Byte size of an image's buffer, 0 when it has none.
+unsigned long long capacityOf(const Image* image) {
+  if (image == nullptr || image->planes[0] == nullptr || image->bytesPerPixel <= 0) return 0;
+  return static_cast<unsigned long long>(image->width) * image->height * image->depth *
+         static_cast<unsigned int>(image->bytesPerPixel);
+}
+
+// Decodes into an Image of its own (never the caller's), so a failure leaves
+// the caller's image untouched. `spare` (owned, may be null) is reused when
+// its buffer has exactly the decoded byte size, else freed. As in the
+// encoder, nothing with a destructor lives across the setjmp.
+Image* decompress(Stream* stream, Image* spare) {
   jpeg_utils_source_mgr src(stream);
   jpeg_decompress_struct cinfo;
   jpeg_utils_error_mgr err;
@@ -41,8 +49,10 @@ Image* decompress(Stream* stream) {
 
   cinfo.err = jpeg_std_error(&err.pub);
   err.pub.error_exit = jpeg_utils_error_exit;
+  Image* volatile unused = spare;
   if (setjmp(err.jump)) {  // the error hook has logged and destroyed cinfo
     delete out;
+    delete unused;
     return nullptr;
   }
 
@@ -60,18 +70,34 @@ Image* decompress(Stream* stream) {
   const unsigned long long bytes = static_cast<unsigned long long>(width) * components * height;
   if (bytes > 0xFFFFFFFFull) ERREXIT1(&cinfo, JERR_IMAGE_TOO_BIG, JPEG_MAX_DIMENSION);
 
-  out = Image::createImage(width, height, 1, static_cast<Image::ImageFormatType>(components), nullptr);
-  if (out == nullptr || out->planes[0] == nullptr) {
-    jpeg_destroy_decompress(&cinfo);
-    delete out;
-    return nullptr;
+  const auto format = static_cast<Image::ImageFormatType>(components);
+  if (capacityOf(spare) == bytes) {
+    // Same end state as Image::set for GRAY/RGB at depth 1, minus the
+    // allocation: the buffer is already the right size.
+    out = spare;
+    unused = nullptr;
+    out->width = width;
+    out->height = height;
+    out->depth = 1;
+    out->format = format;
+    out->bytesPerPixel = static_cast<int>(components);
+    out->planes[1] = out->planes[2] = out->planes[3] = nullptr;
+  } else {
+    unused = nullptr;
+    delete spare;  // wrong size: free it before the new buffer is taken
+    out = Image::createImage(width, height, 1, format, nullptr);
+    if (out == nullptr || out->planes[0] == nullptr) {
+      jpeg_destroy_decompress(&cinfo);
+      delete out;
+      return nullptr;
+    }
+    preferHugePages(out->planes[0], static_cast<size_t>(bytes));
   }
 
   // Successive rows of the new buffer. Offering libjpeg every remaining row
   // at once spares it the copy through its spare row that one-row reads of
   // vertically subsampled files cost. The table comes from libjpeg's pool, so
   // an error exit frees it too.
-  preferHugePages(out->planes[0], static_cast<size_t>(bytes));
   const size_t stride = static_cast<size_t>(width) * components;
   auto* rows = static_cast<JSAMPARRAY>(
       cinfo.mem->alloc_large(reinterpret_cast<j_common_ptr>(&cinfo), JPOOL_IMAGE, sizeof(JSAMPROW) * height));
@@ -99,9 +125,11 @@ int JpegDecoder::isSupported(auto_ptr<Stream>& stream) {
   return magic[0] == 0xFF && magic[1] == 0xD8 && magic[2] == 0xFF ? 1 : 0;
 }
 
+JpegDecoder::~JpegDecoder() { delete mSpare.exchange(nullptr); }
+
 int JpegDecoder::onDecode(auto_ptr<Stream>& stream, auto_ptr<Image>& image) {
   if (stream == nullptr || image == nullptr) return 0;
-  Image* decoded = decompress(stream.get());
+  Image* decoded = decompress(stream.get(), mSpare.exchange(nullptr));
   if (decoded == nullptr) return 0;
   // Same end state as Image::set with the decoded pixels (depth 1, format =
   // component count), without copying them: the buffers change hands and the
@@ -113,7 +141,13 @@ int JpegDecoder::onDecode(auto_ptr<Stream>& stream, auto_ptr<Image>& image) {
   std::swap(target->format, decoded->format);
   std::swap(target->bytesPerPixel, decoded->bytesPerPixel);
   for (int i = 0; i < 4; ++i) std::swap(target->planes[i], decoded->planes[i]);
-  delete decoded;
+  // The caller's old buffer becomes the spare (another thread may have left
+  // one meanwhile: that one goes).
+  if (decoded->planes[0] == nullptr) {
+    delete decoded;
+  } else {
+    delete mSpare.exchange(decoded);
+  }
   return 1;
 }
 

@@ -330,3 +330,48 @@ TEST(Jpeg, LongMarkerSegmentsAreSkippedThroughTheStream) {
   EXPECT_EQ(decode(padded, other), 0);
   EXPECT_EQ(cap.countPrefix("jpeg_utils_error_exit,msgcode["), 1);
 }
+
+// A decoder used again writes into the buffer the caller's image gave up last
+// time, never into one an image still holds, and a failure with a spare in
+// hand still leaves the caller's image alone.
+TEST(Jpeg, RepeatedDecodesReuseTheGivenUpBuffer) {
+  auto_ptr<Image> a = smallPicture();
+  auto_ptr<Image> b = smallPicture();
+  for (unsigned i = 0; i < 32 * 24 * 3; ++i) b->planes[0][i] = static_cast<unsigned char>(255 - i % 251);
+  const Bytes dataA = encode(a, 90), dataB = encode(b, 90);
+  ASSERT_FALSE(dataA.empty());
+  ASSERT_FALSE(dataB.empty());
+
+  JpegDecoder decoder;
+  auto run = [&decoder](const Bytes& data, auto_ptr<Image>& image) {
+    auto_ptr<Stream> stream(new MemoryStream(const_cast<unsigned char*>(data.data()), data.size()));
+    return decoder.decode(stream, image);
+  };
+  auto_ptr<Image> first = blank();
+  ASSERT_EQ(run(dataA, first), 1);
+  const Bytes pixA(first->planes[0], first->planes[0] + 32 * 24 * 3);
+
+  auto_ptr<Image> second = smallPicture();  // same byte size as the decoded picture
+  unsigned char* givenUp = second->planes[0];
+  ASSERT_EQ(run(dataB, second), 1);
+  const Bytes pixB(second->planes[0], second->planes[0] + 32 * 24 * 3);
+  EXPECT_NE(pixA, pixB);
+
+  ASSERT_EQ(run(dataA, second), 1);
+  EXPECT_EQ(second->planes[0], givenUp);
+  EXPECT_NE(second->planes[0], first->planes[0]);
+  EXPECT_EQ(Bytes(second->planes[0], second->planes[0] + pixA.size()), pixA);
+  EXPECT_EQ(Bytes(first->planes[0], first->planes[0] + pixA.size()), pixA);
+
+  LogCapture cap;
+  const Snapshot before(second);
+  ASSERT_EQ(run(Bytes(dataB.begin(), dataB.end() - 10), second), 0);
+  EXPECT_TRUE(before.same(second));
+  EXPECT_EQ(Bytes(second->planes[0], second->planes[0] + pixA.size()), pixA);
+
+  // Another size after all that: a fresh buffer of the right size.
+  auto_ptr<Image> gray = blank();
+  ASSERT_EQ(run(grayJpeg(40, 30), gray), 1);
+  EXPECT_EQ(gray->width, 40u);
+  EXPECT_EQ(gray->format, Image::IMAGE_FORMAT_GRAY);
+}
