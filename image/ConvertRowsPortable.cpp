@@ -100,16 +100,15 @@ struct Forward {
 
 // Reads 3 * kPx bytes: the packing of storeRGB backwards.
 inline void forwardTerms(const uint8_t* __restrict rgb, Forward& f) {
-  uint64_t in[kPx * 3 / 8];
-  memcpy(in, rgb, sizeof(in));
   uint64_t two[kPx / 2];
-  for (int g = 0; g < kPx / 8; ++g) {
-    two[4 * g] = in[3 * g] & 0xFFFFFFFFFFFFu;
-    two[4 * g + 1] = in[3 * g] >> 48 | (in[3 * g + 1] & 0xFFFFFFFFu) << 16;
-    two[4 * g + 2] = in[3 * g + 1] >> 32 | (in[3 * g + 2] & 0xFFFFu) << 32;
-    two[4 * g + 3] = in[3 * g + 2] >> 16;
+  for (int k = 0; k < kPx / 2 - 1; ++k) {
+    uint64_t t;
+    memcpy(&t, rgb + 6 * k, 8);
+    two[k] = (t & 0xFFFFFFu) | ((t << 8) & 0xFFFFFF00000000u);
   }
-  for (int k = 0; k < kPx / 2; ++k) two[k] = (two[k] & 0xFFFFFFu) | ((two[k] << 8) & 0xFFFFFF00000000u);
+  uint64_t t = 0;
+  memcpy(&t, rgb + 6 * (kPx / 2 - 1), 6);
+  two[kPx / 2 - 1] = (t & 0xFFFFFFu) | ((t << 8) & 0xFFFFFF00000000u);
   uint16_t half[2 * kPx];  // per pixel R | G << 8, then B
   memcpy(half, two, sizeof(half));
   for (int j = 0; j < kPx; ++j) {
