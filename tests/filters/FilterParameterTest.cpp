@@ -84,7 +84,8 @@ TEST(FilterParameters, TypesOfEachFilterFallBackToTheVertexArrays) {
 
 // The render tests see the defaults and typical values reach the programs;
 // these are the edges: squared (not clamped) negative radii, unclamped
-// strengths, clamped centres and the Extrusion zoom rule (0 below zero).
+// strengths, centres clamped to 0..1, the Extrusion zoom rule (0 below zero),
+// and values that change nothing.
 TEST(FilterParameters, SquaresClampsAndZoom) {
   struct {
     const char* filter;
@@ -97,40 +98,27 @@ TEST(FilterParameters, SquaresClampsAndZoom) {
       {"ImageFilterTimetunnel", "mRadius", 0.5f, "mRadius", 0.25f},
       {"ImageFilterDistorted", "mStrength", -7.5f, "mStrength", -7.5f},
       {"ImageFilterTable", "mStrength", 3.5f, "mStrength", 3.5f},
+      {"ImageFilterDistorted", "mCenterx", -0.5f, "mCenterx", 0.0f},
+      {"ImageFilterExtrusion", "mCentery", 1.5f, "mCentery", 1.0f},
+      {"ImageFilterMirror", "mCenterx", -0.1f, "mCenterx", 0.0f},
+      {"ImageFilterMirror", "mcenterx", 0.3f, "mCenterx", 1.0f},  // names are case-sensitive
       {"ImageFilterExtrusion", "mStrength", -1.0f, "mStrength", -1.0f},
       {"ImageFilterExtrusion", "mStrength", -0.001f, "mZoom", 0.0f},
       {"ImageFilterExtrusion", "mStrength", 0.0f, "mZoom", 1.0f},
       {"ImageFilterExtrusion", "mStrength", 2.5f, "mZoom", 1.0f},
+      {"ImageFilterExtrusion", "mZoom", 0.0f, "mZoom", 1.0f},  // not a parameter name
   };
   for (const auto& c : cases) {
     auto_ptr<ImageFilterBaseGL> f = make(c.filter);
     set(*f, c.name, c.value);
     EXPECT_FLOAT_EQ(stored(*f, c.read), c.expected) << c.filter << " " << c.name << " " << c.value;
   }
-  for (const char* name : {"ImageFilterDistorted", "ImageFilterExtrusion", "ImageFilterMirror"}) {
-    auto_ptr<ImageFilterBaseGL> f = make(name);
-    const struct {
-      float x, y, storedX, storedY;
-    } centres[] = {{-0.5f, 1.5f, 0.0f, 1.0f}, {0.3f, 0.7f, 0.3f, 0.7f}};
-    for (const auto& c : centres) {
-      set(*f, "mCenterx", c.x);
-      set(*f, "mCentery", c.y);
-      EXPECT_EQ(stored(*f, "mCenterx"), c.storedX) << name;
-      EXPECT_EQ(stored(*f, "mCentery"), c.storedY) << name;
-    }
-    // A null value or a name in the wrong case changes nothing.
-    f->setParameters("mCenterx", nullptr);
-    set(*f, "mcenterx", 0.9f);
-    EXPECT_EQ(stored(*f, "mCenterx"), 0.3f) << name;
-  }
-  // mZoom is not a parameter name; initParameters restores the defaults.
-  auto_ptr<ImageFilterBaseGL> e = make("ImageFilterExtrusion");
-  set(*e, "mStrength", -1.0f);
-  set(*e, "mZoom", 1.0f);
-  EXPECT_EQ(stored(*e, "mZoom"), 0.0f);
+  // A null value changes nothing; initParameters restores the defaults.
   auto_ptr<ImageFilterBaseGL> d = make("ImageFilterDistorted");
   set(*d, "mRadius", 0.5f);
   set(*d, "mCenterx", 0.1f);
+  d->setParameters("mCenterx", nullptr);
+  EXPECT_FLOAT_EQ(stored(*d, "mCenterx"), 0.1f);
   EXPECT_TRUE(d->initParameters());
   EXPECT_FLOAT_EQ(stored(*d, "mRadius"), 0.2f);
   EXPECT_FLOAT_EQ(stored(*d, "mCenterx"), 0.5f);

@@ -62,7 +62,7 @@ TEST(PanoramaModule, RefusalsAndTheirResultCodes) {
   EXPECT_EQ(1, cap.count("PanoramaModule::pushFrame   PANORAMA_RESULT_TYPE_INVALID_PARAMETER\n"));
 }
 
-TEST(PanoramaModule, TheFirstFrameIsTheReferenceAndAnotherDirectionIsRefused) {
+TEST(PanoramaModule, ReferenceOnceDirectionPerRunAndOffsetsOfRefusedFrames) {
   LogCapture cap;
   PanoramaModule m;
   std::vector<unsigned char> frame(W * H * 3 / 2, 9);
@@ -73,7 +73,6 @@ TEST(PanoramaModule, TheFirstFrameIsTheReferenceAndAnotherDirectionIsRefused) {
   EXPECT_EQ(kRefX, m.getRefGyroX());
   EXPECT_EQ(kRefY, m.getRefGyroY());
   EXPECT_EQ(0, m.getDirection());
-
   EXPECT_EQ(0, pushDiff(m, frame, 1.9f, 0).result);
   EXPECT_EQ(1, m.getDirection());
   // dX = -5 is direction 4: refused, but the offsets are already written.
@@ -82,14 +81,32 @@ TEST(PanoramaModule, TheFirstFrameIsTheReferenceAndAnotherDirectionIsRefused) {
   EXPECT_EQ(0, c.offsetX);
   EXPECT_EQ(-75, c.offsetY);
   EXPECT_EQ(1, m.getDirection());
-  m.close();
-
+  EXPECT_EQ(0, m.close());
   EXPECT_EQ(1, cap.count("PanoramaModule::pushFrame   PANORAMA_RESULT_TYPE_WRONG_DIRECTION   \n"));
   EXPECT_EQ(1, cap.count("PanoramaModule::pushFrame   PANORAMA_RESULT_TYPE_NO_ERROR\n"));
   char pointer[32];
   std::snprintf(pointer, sizeof pointer, "%p", static_cast<void*>(frame.data()));
   EXPECT_EQ(1, cap.count(std::string("PanoramaModule::pushFrame pBuffer:") + pointer +
                          ", gyroX:15.000000, gyroY:20.000000\n"));
+
+  // Started again: the reference is kept, and direction 4 is free to be chosen.
+  ASSERT_EQ(0, m.startup(W, H, 1, nullptr));
+  EXPECT_EQ(0, m.getDirection());
+  Push again = pushDiff(m, frame, -4, 0);
+  EXPECT_EQ(0, again.result);
+  EXPECT_EQ(-60, again.offsetY);
+  EXPECT_EQ(4, m.getDirection());
+  EXPECT_EQ(0, m.close());
+
+  // A zero reading is no reference: the next frame becomes one.
+  PanoramaModule z;
+  ASSERT_EQ(0, z.startup(W, H, 3, nullptr));
+  int ox = 0, oy = 0;
+  EXPECT_EQ(3, z.pushFrame(frame.data(), 0.0f, 5.0f, ox, oy));
+  EXPECT_EQ(3, z.pushFrame(frame.data(), 4.0f, 5.0f, ox, oy));
+  EXPECT_EQ(0, z.pushFrame(frame.data(), 4.0f, 3.0f, ox, oy));
+  EXPECT_EQ(70, ox);
+  z.close();
 }
 
 // On the truncated differences: each unit of dX moves 15 px in y, of dY 35 px
@@ -118,35 +135,6 @@ TEST(PanoramaModule, OffsetsAndDirectionClasses) {
     EXPECT_EQ(k.offsetY, p.offsetY);
     m.close();
   }
-}
-
-TEST(PanoramaModule, ReferenceSurvivesARestartButDirectionDoesNot) {
-  PanoramaModule m;
-  std::vector<unsigned char> frame(W * H * 3 / 2);
-  ASSERT_EQ(0, m.startup(W, H, 3, nullptr));
-  EXPECT_EQ(3, pushDiff(m, frame, 0, 0).result);
-  EXPECT_EQ(0, pushDiff(m, frame, 0, 2).result);
-  EXPECT_EQ(1, m.getDirection());
-  EXPECT_EQ(0, m.close());
-
-  ASSERT_EQ(0, m.startup(W, H, 1, nullptr));
-  EXPECT_EQ(0, m.getDirection());
-  // No new reference is taken, and direction 4 is free to be chosen.
-  Push p = pushDiff(m, frame, -4, 0);
-  EXPECT_EQ(0, p.result);
-  EXPECT_EQ(-60, p.offsetY);
-  EXPECT_EQ(4, m.getDirection());
-  EXPECT_EQ(0, m.close());
-
-  // A zero reading is no reference: the next frame becomes one.
-  PanoramaModule z;
-  ASSERT_EQ(0, z.startup(W, H, 3, nullptr));
-  int ox = 0, oy = 0;
-  EXPECT_EQ(3, z.pushFrame(frame.data(), 0.0f, 5.0f, ox, oy));
-  EXPECT_EQ(3, z.pushFrame(frame.data(), 4.0f, 5.0f, ox, oy));
-  EXPECT_EQ(0, z.pushFrame(frame.data(), 4.0f, 3.0f, ox, oy));
-  EXPECT_EQ(70, ox);
-  z.close();
 }
 
 TEST(PanoramaInterface, ForwardsToItsModuleAndHasNoResultPicture) {

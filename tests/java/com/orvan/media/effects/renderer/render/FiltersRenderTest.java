@@ -152,8 +152,10 @@ class FiltersRenderTest {
     assertEquals(3, logCount(P + "nativeGetParameterType\n"));
   }
 
-  /** Extrusion strength -1 collapses the picture to one colour; 0 leaves the plain turn. */
-  private void assertCollapsed(boolean collapsed, Bitmap in) {
+  /** Runs `set`, then Extrusion: strength -1 collapses the picture to one colour, 0 leaves the plain turn. */
+  private void expectAfter(Runnable set, boolean collapsed) {
+    set.run();
+    Bitmap in = noise(3);
     int[] out = run(in);
     boolean one = true;
     for (int v : out) one &= v == out[0];
@@ -165,36 +167,28 @@ class FiltersRenderTest {
   @Test
   void singleValueSetters() {
     handle = r.nativeCreate("ImageFilterExtrusion");
-    Bitmap in = noise(3);
     long minusOne = Float.floatToIntBits(-1f) & 0xffffffffL;
-    r.nativeSetParametersFloat(handle, "mStrength", -1f);
-    assertCollapsed(true, in);
-    r.nativeSetParametersBoolean(handle, "mStrength", false);
-    assertCollapsed(false, in);
-    r.nativeSetParametersInteger(handle, "mStrength", (int) minusOne);
-    assertCollapsed(true, in);
-    r.nativeSetParametersInteger(handle, "mStrength", 0);
-    assertCollapsed(false, in);
-    // The double's eight bytes are passed as they are: the filter reads the low four.
-    r.nativeSetParametersDouble(handle, "mStrength", Double.longBitsToDouble(minusOne));
-    assertCollapsed(true, in);
-    r.nativeSetParametersDouble(handle, "mStrength", -1.0); // low half all zero: strength 0
-    assertCollapsed(false, in);
-    // A long is the address of native data; 0 is ignored.
     ByteBuffer value = ByteBuffer.allocateDirect(8).order(ByteOrder.nativeOrder());
     value.putFloat(0, -1f);
-    r.nativeSetParametersLong(handle, "mStrength", addressOf(value));
-    r.nativeSetParametersLong(handle, "mStrength", 0);
-    assertCollapsed(true, in);
-
+    expectAfter(() -> r.nativeSetParametersFloat(handle, "mStrength", -1f), true);
+    expectAfter(() -> r.nativeSetParametersBoolean(handle, "mStrength", false), false);
+    expectAfter(() -> r.nativeSetParametersInteger(handle, "mStrength", (int) minusOne), true);
+    expectAfter(() -> r.nativeSetParametersInteger(handle, "mStrength", 0), false);
+    // The double's eight bytes are passed as they are: the filter reads the low four.
+    expectAfter(() -> r.nativeSetParametersDouble(handle, "mStrength", Double.longBitsToDouble(minusOne)), true);
+    expectAfter(() -> r.nativeSetParametersDouble(handle, "mStrength", -1.0), false); // low half zero
+    // A long is the address of native data; 0 is ignored.
+    expectAfter(() -> r.nativeSetParametersLong(handle, "mStrength", addressOf(value)), true);
+    expectAfter(() -> r.nativeSetParametersLong(handle, "mStrength", 0), true);
     // No name or no handle: nothing reaches a filter.
-    r.nativeSetParametersFloat(handle, null, 0f);
-    r.nativeSetParametersFloat(0, "mStrength", 0f);
-    r.nativeSetParametersBoolean(0, "mStrength", true);
-    r.nativeSetParametersInteger(0, "mStrength", 0);
-    r.nativeSetParametersDouble(0, "mStrength", 0);
-    r.nativeSetParametersLong(0, "mStrength", addressOf(value));
-    assertCollapsed(true, in);
+    expectAfter(() -> {
+      r.nativeSetParametersFloat(handle, null, 0f);
+      r.nativeSetParametersFloat(0, "mStrength", 0f);
+      r.nativeSetParametersBoolean(0, "mStrength", true);
+      r.nativeSetParametersInteger(0, "mStrength", 0);
+      r.nativeSetParametersDouble(0, "mStrength", 0);
+      r.nativeSetParametersLong(0, "mStrength", addressOf(value));
+    }, true);
     String[] types = {"Float", "Boolean", "Integer", "Double", "Long"};
     int[] calls = {3, 2, 3, 3, 3};
     for (int i = 0; i < types.length; i++)
