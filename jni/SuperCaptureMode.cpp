@@ -44,8 +44,14 @@ void SuperCaptureMode::process(JNIEnv* env, jobject thiz, unsigned char* data) {
   long long pixels = lumaSize();
   if (data == nullptr || pixels == 0) return;
 
+  // 32-bit partial sums vectorise well; a block of 2^24 bytes cannot overflow one.
   long long sum = 0;
-  for (long long i = 0; i < pixels; ++i) sum += data[i];
+  for (long long start = 0; start < pixels; start += (1LL << 24)) {
+    long long end = pixels - start < (1LL << 24) ? pixels : start + (1LL << 24);
+    uint32_t part = 0;
+    for (long long i = start; i < end; ++i) part += data[i];
+    sum += part;
+  }
   int brightness = static_cast<int>(sum / pixels);
 
   mHistory.push_back(brightness);

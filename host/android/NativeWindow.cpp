@@ -3,6 +3,7 @@
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <X11/extensions/Xcomposite.h>
 #include <android/native_window.h>
 #include <android/native_window_host.h>
 #include <android/native_window_jni.h>
@@ -61,6 +62,13 @@ HOST_API ANativeWindow* ANativeWindowHost_create(int32_t width, int32_t height) 
   Window xid = XCreateSimpleWindow(display, RootWindow(display, screen), 0, 0, static_cast<unsigned>(width),
                                    static_cast<unsigned>(height), 0, BlackPixel(display, screen),
                                    BlackPixel(display, screen));
+  // Every window sits at the screen's origin, and windows of parallel
+  // processes overlap. Redirected windows keep their whole contents in a
+  // pixmap of their own, so rendering and read-back ignore what covers them.
+  int eventBase = 0, errorBase = 0;
+  if (XCompositeQueryExtension(display, &eventBase, &errorBase)) {
+    XCompositeRedirectWindow(display, xid, CompositeRedirectAutomatic);
+  }
   HostWindow* w = new HostWindow{nullptr, xid, display, width, height, 0, 1};
   XMapWindow(display, xid);
   XSync(display, False);

@@ -295,3 +295,31 @@ TEST(NativeWindowHostTest, GeometryAndReferences) {
   EXPECT_EQ(ANativeWindow_getWidth(window), -22);
   EXPECT_EQ(ANativeWindowHost_readPixels(window, shot.data(), static_cast<int64_t>(shot.size())), -22);
 }
+
+// Windows of parallel tests overlap at the screen origin; each keeps and
+// shows back its own pixels.
+TEST(NativeWindowHostTest, CoveredWindowKeepsItsPixels) {
+  if (environmentSays("OV_GPU_EXPECT", "nodisplay")) GTEST_SKIP() << "runs with a display only";
+  const int w = 16, h = 16;
+  const float colours[2][3] = {{1, 0, 0}, {0, 1, 0}};
+  ANativeWindow* windows[2] = {ANativeWindowHost_create(w, h), nullptr};
+  ASSERT_NE(windows[0], nullptr);
+  for (int i = 0; i < 2; ++i) {
+    if (i == 1) windows[1] = ANativeWindowHost_create(w, h);  // mapped on top of the first
+    ASSERT_NE(windows[i], nullptr);
+    auto_ptr<GPUEngine> engine(new GPUEngine(windows[i], 0, 0));
+    ASSERT_TRUE(engine->setup());
+    engine->startup();
+    glClearColor(colours[i][0], colours[i][1], colours[i][2], 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT);
+    engine->flush();
+    engine->close();
+    engine->destroy();
+  }
+  std::vector<unsigned char> shot(w * h * 4);
+  ASSERT_EQ(ANativeWindowHost_readPixels(windows[0], shot.data(), static_cast<int64_t>(shot.size())), 0);
+  const unsigned char red[4] = {255, 0, 0, 255};
+  EXPECT_EQ(memcmp(rgbaAt(shot, w, w / 2, h / 2), red, 4), 0);
+  ANativeWindow_release(windows[0]);
+  ANativeWindow_release(windows[1]);
+}

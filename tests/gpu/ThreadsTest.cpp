@@ -49,12 +49,3 @@ TEST(GPUEngineThreadsTest, EnginesOnParallelThreads) {
   for (std::thread& th : threads) th.join();
   EXPECT_EQ(failures.load(), 0);
 }
-
-// Mesa is not built with ThreadSanitizer: its own synchronisation (atomics,
-// futexes) is invisible and shows up as races between the pthread calls it
-// does make. Those reports name only Mesa frames below our call.
-extern "C" __attribute__((visibility("default"))) const char* __tsan_default_suppressions() {
-  return "race:swrast_dri.so\n"
-         "race:libgallium\n"
-         "race:libLLVM\n";
-}
