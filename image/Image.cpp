@@ -25,6 +25,8 @@ void Image::release() {
 }
 
 void Image::configuare(unsigned char** src) {
+  // Called again on a configured image it starts afresh rather than leak.
+  release();
   if (format < IMAGE_FORMAT_GRAY || format > IMAGE_FORMAT_NV21) return;
   bytesPerPixel = kBytesPerPixel[format];
 

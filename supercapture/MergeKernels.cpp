@@ -62,6 +62,7 @@ void mergeMax(int32_t* acc, const uint8_t* src, size_t n) {
   size_t i = 0;
   for (; i + 16 <= n; i += 16) {
     Wide s = widen16(src + i);
+#pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) {
       i32x4 a = load(acc + i + 4 * k);
       store(acc + i + 4 * k, a < s.v[k] ? s.v[k] : a);
@@ -76,6 +77,7 @@ void mergeCopy(int32_t* acc, const uint8_t* src, size_t n) {
   size_t i = 0;
   for (; i + 16 <= n; i += 16) {
     Wide s = widen16(src + i);
+#pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) store(acc + i + 4 * k, s.v[k]);
   }
   for (; i < n; ++i) acc[i] = src[i];
@@ -85,6 +87,7 @@ void mergeAdd(int32_t* acc, const uint8_t* src, size_t n) {
   size_t i = 0;
   for (; i + 16 <= n; i += 16) {
     Wide s = widen16(src + i);
+#pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) {
       // Unsigned lanes: the sum wraps instead of overflowing.
       u32x4 a = reinterpret_cast<u32x4>(load(acc + i + 4 * k));
@@ -105,33 +108,40 @@ void resultLowBits(uint8_t* dst, const int32_t* acc, size_t n) {
 }
 
 void resultMean(uint8_t* dst, const int32_t* acc, size_t n, int32_t count) {
-  // For 32-bit a and b, the correctly rounded double quotient truncates to
-  // exactly a / b, and the division cannot trap (INT_MIN / -1 included).
-  // Clamping in double first keeps the conversion to int defined.
-  const double divisor = static_cast<double>(count);
-  const f64x4 d = {divisor, divisor, divisor, divisor};
-  const f64x4 dlo = {-1.0, -1.0, -1.0, -1.0};
-  const f64x4 dhi = {256.0, 256.0, 256.0, 256.0};
-  const i32x4 lo = {0, 0, 0, 0};
-  const i32x4 hi = {255, 255, 255, 255};
   size_t i = 0;
-  for (; i + 16 <= n; i += 16) {
-    i32x4 v[4];
-    for (int k = 0; k < 4; ++k) {
-      f64x4 q = __builtin_convertvector(load(acc + i + 4 * k), f64x4) / d;
-      q = q < dlo ? dlo : q;
-      q = q > dhi ? dhi : q;
-      i32x4 t = __builtin_convertvector(q, i32x4);
-      t = t > hi ? hi : t;
-      v[k] = t < lo ? lo : t;
+  if (count > 0) {
+    // Multiplying by the reciprocal is much cheaper than dividing. With
+    // a = k * count + r (0 <= r < count), (a + 0.5) / count lies at least
+    // 0.5 / count inside (k, k + 1), far more than the relative rounding error
+    // (about 2^-52) of the product, so truncation gives exactly k.
+    const double r = 1.0 / count;
+    const f64x4 rv = {r, r, r, r};
+    const f64x4 half = {0.5, 0.5, 0.5, 0.5};
+    const i32x4 zero = {0, 0, 0, 0};
+    const i32x4 top = {255, 255, 255, 255};
+    for (; i + 16 <= n; i += 16) {
+      i32x4 v[4];
+#pragma GCC unroll 4
+      for (int k = 0; k < 4; ++k) {
+        // Negative sums give 0 either way; clamping them first keeps q in
+        // [0, 2^31), where the conversion back to int is defined.
+        i32x4 a = load(acc + i + 4 * k);
+        a = a < zero ? zero : a;
+        f64x4 q = (__builtin_convertvector(a, f64x4) + half) * rv;
+        i32x4 t = __builtin_convertvector(q, i32x4);
+        v[k] = t > top ? top : t;
+      }
+      narrow16(dst + i, v[0], v[1], v[2], v[3]);
     }
-    narrow16(dst + i, v[0], v[1], v[2], v[3]);
   }
+  // The tail, and the (unreachable in practice) case of more than 2^31
+  // frames, divide exactly: for 32-bit operands the correctly rounded double
+  // quotient truncates to the integer quotient.
   for (; i < n; ++i) {
-    double q = static_cast<double>(acc[i]) / divisor;
-    q = q < -1.0 ? -1.0 : (q > 256.0 ? 256.0 : q);
-    int32_t v = static_cast<int32_t>(q);
-    dst[i] = static_cast<uint8_t>(v > 255 ? 255 : (v < 0 ? 0 : v));
+    // Clamped in double first, so the conversion to int is always defined.
+    double q = static_cast<double>(acc[i]) / static_cast<double>(count);
+    q = q < 0.0 ? 0.0 : (q > 255.0 ? 255.0 : q);
+    dst[i] = static_cast<uint8_t>(static_cast<int32_t>(q));
   }
 }
 

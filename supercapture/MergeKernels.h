@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 
-// The per-byte loops behind the two merge schemes. Each works four bytes per
-// step (bytes widened to four 32-bit lanes) with a scalar tail, and gives
-// exactly the result of the plain per-byte definition.
+// The per-byte loops behind the two merge schemes. Each works sixteen bytes
+// per step (bytes widened to four vectors of four 32-bit lanes) with a scalar
+// tail, and gives exactly the result of the plain per-byte definition.
 namespace supercapture {
 
 // acc[i] = max(acc[i], src[i]) as signed 32-bit values.

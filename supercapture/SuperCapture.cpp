@@ -2,6 +2,8 @@
 
 #include <sched.h>
 
+#include <new>
+
 #include "core/Log.h"
 #include "core/Memory.h"
 #include "supercapture/SuperCaptureScheme.h"
@@ -79,13 +81,22 @@ int SuperCapture::pushFrame(unsigned char** planes) {
   if (copy == nullptr) return -3;
   galloc_memcpy(copy, planes[0], bytes);
   unsigned char* owned[4] = {copy, nullptr, nullptr, nullptr};
-  auto_ptr<SuperCaptureFrame> frame(new SuperCaptureFrame(0, width, height, 1, owned));
+  auto* raw = new (std::nothrow) SuperCaptureFrame(0, width, height, 1, owned);
+  if (raw == nullptr) {
+    galloc_free(copy);
+    return -3;
+  }
+  auto_ptr<SuperCaptureFrame> frame(raw);
   OV_LOGD("SuperCapture::pushFrame success\n");
   {
     // The worker removes frames under this lock, so appends take it too.
     Mutex::Autolock hold(queueLock);
     frame->id = static_cast<unsigned int>(queue.size()) + 1;
-    queue.push_back(frame);
+    try {
+      queue.push_back(frame);
+    } catch (const std::bad_alloc&) {
+      return -3;  // nothing throws across the flat interface; the frame is freed
+    }
   }
   frameAvailable.signal();
   return 0;
@@ -120,11 +131,11 @@ void SuperCapture::run() {
           int lum = brightness(current->planes[0], width * height);
           OV_LOGD("SuperCapture::run lum:%d select scheme", lum);
           if (lum < kLowLightThreshold) {
-            low = new SuperCaptureLowLightScheme();
-            low->init(width, height, format);
+            low = new (std::nothrow) SuperCaptureLowLightScheme();
+            if (low != nullptr) low->init(width, height, format);
           } else {
-            high = new SuperCaptureHighLightScheme();
-            high->init(width, height, format);
+            high = new (std::nothrow) SuperCaptureHighLightScheme();
+            if (high != nullptr) high->init(width, height, format);
           }
         }
         if (low != nullptr) low->process(current);
@@ -199,8 +210,9 @@ auto_ptr<SuperCaptureFrame> SuperCapture::getResultFrame() {
 // ---- flat interface
 
 intptr_t super_capture_module_init(int width, int height, int format) {
-  auto* capture = new SuperCapture();
+  auto* capture = new (std::nothrow) SuperCapture();
   OV_LOGD("super_capture_module_init   width:%d, height:%d, format:%d\n", width, height, format);
+  if (capture == nullptr) return 0;
   // Negative sizes become huge unsigned ones, which init refuses.
   if (capture->init(static_cast<unsigned int>(width), static_cast<unsigned int>(height),
                     static_cast<unsigned int>(format)) != 0) {

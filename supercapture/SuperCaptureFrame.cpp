@@ -1,5 +1,7 @@
 #include "supercapture/SuperCaptureFrame.h"
 
+#include <new>
+
 #include "core/Memory.h"
 
 SuperCaptureFrame::SuperCaptureFrame(unsigned int id, unsigned int width, unsigned int height,
@@ -27,5 +29,7 @@ SuperCaptureFrame* SuperCaptureFrame::createFrame(unsigned int id, unsigned int 
   if (copy == nullptr) return nullptr;
   galloc_memcpy(copy, planes[0], bytes);
   unsigned char* owned[4] = {copy, nullptr, nullptr, nullptr};
-  return new SuperCaptureFrame(id, width, height, format, owned);
+  auto* frame = new (std::nothrow) SuperCaptureFrame(id, width, height, format, owned);
+  if (frame == nullptr) galloc_free(copy);
+  return frame;
 }

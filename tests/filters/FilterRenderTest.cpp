@@ -419,6 +419,44 @@ TEST_F(FilterRender, TableTakesAnInvertingBitmap) {
   ov_releaseImage(wrong);
 }
 
+TEST_F(FilterRender, TableRecordTakesThreeBytesOfEachSourcePixel) {
+  auto_ptr<ImageFilterBaseGL> f(ImageFilterFactory::createFilter("ImageFilterTable"));
+  ASSERT_TRUE(f->initEngine());
+  ASSERT_TRUE(f->setupGraphics(1));
+  auto* t = dynamic_cast<ImageFilterTableGL*>(f.get());
+  ASSERT_NE(t->mTable, nullptr);
+  ASSERT_EQ(t->mTable->stride, 4096 * 3);
+  // Identity entries: step x 4.0476189 (255 / 63 in single precision, a
+  // little below the exact ratio) truncated, so the 63rd step is 254.
+  int off = 0;
+  for (int r = 0; r < 64; ++r)
+    for (int g = 0; g < 64; ++g)
+      for (int b = 0; b < 64; ++b) {
+        const uint8_t* p = t->mTable->data + r * 4096 * 3 + (g * 64 + b) * 3;
+        const int steps[3] = {r, g, b};
+        for (int c = 0; c < 3; ++c)
+          off += p[c] != static_cast<uint8_t>(static_cast<float>(steps[c]) * 4.0476189f);
+      }
+  EXPECT_EQ(off, 0);
+
+  // RGBA rows padded by 16 bytes: the copy follows the source's own stride.
+  const int stride = 4096 * 4 + 16;
+  std::vector<uint8_t> src(size_t(stride) * 64);
+  for (size_t i = 0; i < src.size(); ++i) src[i] = static_cast<uint8_t>(i * 7 + 3);
+  flat::Image* padded = ov_createImage(4096, 64, 4, stride, src.data());
+  std::vector<uint8_t> grey(4096 * 64, 9);
+  flat::Image* narrow = ov_createImage(4096, 64, 1, 4096, grey.data());
+  f->setParameters("mFilterBitmap", padded);
+  f->setParameters("mFilterBitmap", narrow);  // one byte per pixel: refused
+  int wrong = 0;
+  for (int y = 0; y < 64; ++y)
+    for (int x = 0; x < 4096; ++x)
+      wrong += memcmp(t->mTable->data + y * 4096 * 3 + x * 3, &src[size_t(y) * stride + x * 4], 3) != 0;
+  EXPECT_EQ(wrong, 0);
+  ov_releaseImage(padded);
+  ov_releaseImage(narrow);
+}
+
 TEST_F(FilterRender, ProcessRefusesWhatItCannotServe) {
   auto_ptr<ImageFilterBaseGL> f(ImageFilterFactory::createFilter("ImageFilterXray"));
   ASSERT_TRUE(f->initEngine());

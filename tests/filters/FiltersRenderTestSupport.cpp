@@ -58,7 +58,8 @@ __attribute__((visibility("default"))) jlong TEST_NAME(addressOf)(JNIEnv* env, j
 }
 
 __attribute__((visibility("default"))) void TEST_NAME(useCacheDirectory)(JNIEnv* env, jclass, jstring dir) {
-  const char* chars = env->GetStringUTFChars(dir, nullptr);
+  // null restores the build's default directory.
+  const char* chars = dir != nullptr ? env->GetStringUTFChars(dir, nullptr) : nullptr;
   GPUScript::setCacheDirectory(chars);
   if (chars != nullptr) env->ReleaseStringUTFChars(dir, chars);
 }

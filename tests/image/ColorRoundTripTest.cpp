@@ -250,3 +250,21 @@ TEST(ColorRoundTrip, GrayAndRGBAPathsAreExact) {
   EXPECT_EQ(rgb2, bytesOf(photo->planes[0], n * 3));
   for (size_t i = 3; i < n * 4; i += 4) ASSERT_EQ(rgba[i], 255);
 }
+
+// Every code word over every format, on odd and even sizes: whatever the pair,
+// nothing reads or writes outside the images' buffers (checked under ASan),
+// and the result is null exactly when the source format does not match.
+TEST(ColorConvertImage, EveryCodeWordStaysInsideTheBuffers) {
+  const unsigned sizes[][2] = {{5, 3}, {4, 4}};
+  for (const auto& size : sizes) {
+    for (int from = 0; from <= 13; ++from) {
+      auto_ptr<Image> src(
+          Image::createImage(size[0], size[1], 1, static_cast<Image::ImageFormatType>(from), nullptr));
+      if (src->planes[0] != nullptr) memset(src->planes[0], 0x55, size[0] * size[1] * src->bytesPerPixel);
+      for (int code = 0; code < 0x1000; ++code) {
+        auto_ptr<Image> out(ColorConvert::convert(src, code));
+        ASSERT_EQ(out == nullptr, (code >> 8) != from) << std::hex << code;
+      }
+    }
+  }
+}

@@ -4,6 +4,7 @@
 // sizes, tails included.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <random>
 #include <vector>
 
@@ -13,70 +14,94 @@
 namespace {
 
 using Bytes = std::vector<unsigned char>;
+using Run = std::function<void(const unsigned char* src, unsigned char* dst, int w, int h, int variant)>;
 
-Bytes randomBytes(size_t n, unsigned seed) {
-  std::mt19937 rng(seed);
-  Bytes b(n);
-  for (auto& x : b) x = static_cast<unsigned char>(rng());
-  return b;
+// Runs `fast` (the exported converter) and `ref` (the C kernels) on the same
+// random source for every size and both byte orders; outputs must match.
+void compare(size_t srcPerPixel, size_t dstPerPixel, const int variants[2], const Run& fast, const Run& ref) {
+  const int sizes[][2] = {{4, 2}, {30, 2}, {32, 2}, {33, 3}, {64, 4}, {66, 6}, {127, 5}, {640, 8}, {1001, 3}};
+  for (const auto& s : sizes) {
+    const int w = s[0], h = s[1], n = w * h;
+    std::mt19937 rng(static_cast<unsigned>(n));
+    Bytes src(n * srcPerPixel);
+    for (auto& b : src) b = static_cast<unsigned char>(rng());
+    for (int k = 0; k < 2; ++k) {
+      SCOPED_TRACE(testing::Message() << w << "x" << h << " variant " << variants[k]);
+      Bytes a(n * dstPerPixel + 16, 0xAB), b(n * dstPerPixel + 16, 0xAB);
+      fast(src.data(), a.data(), w, h, variants[k]);
+      ref(src.data(), b.data(), w, h, variants[k]);
+      ASSERT_EQ(a, b);
+    }
+  }
 }
-
-const int kSizes[][2] = {{4, 1},  {8, 2},  {30, 2},  {32, 2},  {33, 3},
-                         {64, 4}, {66, 6}, {127, 5}, {640, 8}, {1001, 3}};
 
 }  // namespace
 
 TEST(ConvertKernels, NVReadersMatchTheReference) {
-  for (const auto& s : kSizes) {
-    const int w = s[0], h = s[1], n = w * h;
-    const Bytes src = randomBytes(static_cast<size_t>(n) * 2, static_cast<unsigned>(n));
-    for (int uOffset : {0, 1}) {
-      SCOPED_TRACE(testing::Message() << w << "x" << h << " uOffset " << uOffset);
-      Bytes fast(n * 3 + 16, 0xAB), ref(n * 3 + 16, 0xAB);
-      const int r = uOffset == 0 ? color_convert_nv122rgb(src.data(), src.data() + n, fast.data(), w, h)
-                                 : color_convert_nv212rgb(src.data(), src.data() + n, fast.data(), w, h);
-      ASSERT_EQ(r, 1);
-      convert_row::NVQuadToRGBRow_C(src.data(), src.data() + n, ref.data(), n / 4, uOffset);
-      ASSERT_EQ(fast, ref);
-    }
-  }
+  const int uOffsets[2] = {0, 1};
+  compare(
+      2, 3, uOffsets,
+      [](const unsigned char* s, unsigned char* d, int w, int h, int u) {
+        ASSERT_EQ(u == 0 ? color_convert_nv122rgb(s, s + w * h, d, w, h)
+                         : color_convert_nv212rgb(s, s + w * h, d, w, h),
+                  1);
+      },
+      [](const unsigned char* s, unsigned char* d, int w, int h, int u) {
+        convert_row::NVQuadToRGBRow_C(s, s + w * h, d, w * h / 4, u);
+      });
 }
 
 TEST(ConvertKernels, PackedReadersMatchTheReference) {
-  for (const auto& s : kSizes) {
-    const int w = s[0], h = s[1], n = w * h;
-    const Bytes src = randomBytes(static_cast<size_t>(n) * 2, static_cast<unsigned>(n) + 1);
-    for (int uOffset : {1, 3}) {
-      SCOPED_TRACE(testing::Message() << w << "x" << h << " uOffset " << uOffset);
-      Bytes fast(n * 3 + 16, 0xAB), ref(n * 3 + 16, 0xAB);
-      const int r = uOffset == 1 ? color_convert_yuyv2rgb(src.data(), fast.data(), w, h)
-                                 : color_convert_yvyu2rgb(src.data(), fast.data(), w, h);
-      ASSERT_EQ(r, 1);
-      convert_row::Packed422ToRGBRow_C(src.data(), ref.data(), n / 2, uOffset, 4 - uOffset);
-      ASSERT_EQ(fast, ref);
-    }
-  }
+  const int uOffsets[2] = {1, 3};
+  compare(
+      2, 3, uOffsets,
+      [](const unsigned char* s, unsigned char* d, int w, int h, int u) {
+        ASSERT_EQ(u == 1 ? color_convert_yuyv2rgb(s, d, w, h) : color_convert_yvyu2rgb(s, d, w, h), 1);
+      },
+      [](const unsigned char* s, unsigned char* d, int w, int h, int u) {
+        convert_row::Packed422ToRGBRow_C(s, d, w * h / 2, u, 4 - u);
+      });
 }
 
 TEST(ConvertKernels, NVWritersMatchTheReference) {
-  for (const auto& s : kSizes) {
-    const int w = s[0], h = s[1], n = w * h;
-    if (h < 2) continue;
-    const Bytes rgb = randomBytes(static_cast<size_t>(n) * 3, static_cast<unsigned>(n) + 2);
-    for (int uOffset : {0, 1}) {
-      SCOPED_TRACE(testing::Message() << w << "x" << h << " uOffset " << uOffset);
-      Bytes fast(n * 2 + 16, 0xAB), ref(n * 2 + 16, 0xAB);
-      const int r = uOffset == 0 ? color_convert_rgb2nv12(rgb.data(), fast.data(), fast.data() + n, w, h)
-                                 : color_convert_rgb2nv21(rgb.data(), fast.data(), fast.data() + n, w, h);
-      ASSERT_EQ(r, 1);
-      unsigned char* chroma = ref.data() + n;
-      for (int row = 0; row + 1 < h; row += 2) {
-        convert_row::RGBToNVBlockRow_C(rgb.data() + 3 * w * row, rgb.data() + 3 * w * (row + 1),
-                                       ref.data() + w * row, ref.data() + w * (row + 1), chroma, w / 2,
-                                       uOffset);
-        chroma += 2 * (w / 2);
-      }
-      ASSERT_EQ(fast, ref);
-    }
-  }
+  const int uOffsets[2] = {0, 1};
+  compare(
+      3, 2, uOffsets,
+      [](const unsigned char* s, unsigned char* d, int w, int h, int u) {
+        ASSERT_EQ(u == 0 ? color_convert_rgb2nv12(s, d, d + w * h, w, h)
+                         : color_convert_rgb2nv21(s, d, d + w * h, w, h),
+                  1);
+      },
+      [](const unsigned char* s, unsigned char* d, int w, int h, int u) {
+        unsigned char* chroma = d + w * h;
+        for (int row = 0; row + 1 < h; row += 2, chroma += 2 * (w / 2))
+          convert_row::RGBToNVBlockRow_C(s + 3 * w * row, s + 3 * w * (row + 1), d + w * row,
+                                         d + w * (row + 1), chroma, w / 2, u);
+      });
+}
+
+TEST(ConvertKernels, ThreePlaneReaderMatchesTheReference) {
+  const int unused[2] = {0, 0};
+  compare(
+      2, 3, unused,
+      [](const unsigned char* s, unsigned char* d, int w, int h, int) {
+        const int n = w * h;
+        ASSERT_EQ(color_convert_yv12oryu122rgb(s, s + n, s + n + n / 4, d, w, h), 1);
+      },
+      [](const unsigned char* s, unsigned char* d, int w, int h, int) {
+        const int n = w * h;
+        convert_row::I420QuadToRGBRow_C(s, s + n, s + n + n / 4, d, n / 4);
+      });
+}
+
+TEST(ConvertKernels, PackedWritersMatchTheReference) {
+  const int uOffsets[2] = {1, 3};
+  compare(
+      3, 2, uOffsets,
+      [](const unsigned char* s, unsigned char* d, int w, int h, int u) {
+        ASSERT_EQ(u == 1 ? color_convert_rgb2yuyv(s, d, w, h) : color_convert_rgb2yvyu(s, d, w, h), 1);
+      },
+      [](const unsigned char* s, unsigned char* d, int w, int h, int u) {
+        convert_row::RGBToPacked422Row_C(s, d, w * h / 2, u, 4 - u);
+      });
 }

@@ -124,6 +124,9 @@ TEST(Image, SetReplacesTheBufferAndKeepsBytesPerPixelForUnknownFormats) {
   EXPECT_EQ(image->bytesPerPixel, 3);
   EXPECT_EQ(Bytes(image->planes[0], image->planes[0] + rgb.size()), rgb);
 
+  image->configuare(planes);  // again: a fresh copy, the old buffer freed (ASan)
+  EXPECT_EQ(Bytes(image->planes[0], image->planes[0] + rgb.size()), rgb);
+
   image->set(2, 2, 1, static_cast<Image::ImageFormatType>(0), nullptr);
   EXPECT_EQ(image->planes[0], nullptr);
   EXPECT_EQ(image->bytesPerPixel, 3);  // left over from the last known format

@@ -333,18 +333,12 @@ Bytes runBurst(unsigned seed, unsigned w, unsigned h) {
   std::vector<int> maxRef(n, 0), sumRef(n, 0);
   for (auto& f : frames) {
     for (size_t i = 0; i < n; ++i) {
-      f[i] = static_cast<unsigned char>(dark && i % 2 == 0 ? rng() % 40 : rng());
+      // Dark bursts keep their luma below 40 (mean about 19); bright ones above 128.
+      unsigned v = rng();
+      f[i] = static_cast<unsigned char>(i % 2 != 0 ? v : dark ? v % 40 : (v | 0x80));
       maxRef[i] = std::max<int>(maxRef[i], f[i]);
       sumRef[i] += f[i];
     }
-    if (!dark) {
-      for (size_t i = 0; i < n; i += 2) f[i] |= 0x80;  // luma well above 25
-    }
-  }
-  if (!dark) {
-    std::fill(sumRef.begin(), sumRef.end(), 0);
-    for (auto& f : frames)
-      for (size_t i = 0; i < n; ++i) sumRef[i] += f[i];
   }
   Bytes got = burst(frames, w, h);
   for (size_t i = 0; i < n; ++i) {

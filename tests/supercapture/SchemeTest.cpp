@@ -53,6 +53,18 @@ TEST(SuperCaptureScheme, HighLightTakesTheTruncatedMeanOfWorkedExamples) {
   EXPECT_EQ(merge<SuperCaptureHighLightScheme>({{9, 0, 128, 255}}, 2, 1), (Bytes{9, 0, 128, 255}));
 }
 
+TEST(SuperCaptureScheme, MeanIsExactWhenTheSumIsAMultipleOfTheCount) {
+  // 49 identical frames sum to exactly 49 x k, a case where a quotient
+  // rounded the wrong way (49 x k x fl(1 / 49) < k) would give k - 1.
+  // 16 bytes: one full vector step.
+  const Bytes k = {1, 2, 3, 4, 6, 7, 8, 12, 13, 16, 23, 30, 100, 128, 254, 255};
+  std::vector<Bytes> burst(49, k);
+  EXPECT_EQ(merge<SuperCaptureHighLightScheme>(burst, 8, 1), k);
+  // One byte one short of a multiple truncates down.
+  burst[0][15] = 254;
+  EXPECT_EQ(merge<SuperCaptureHighLightScheme>(burst, 8, 1)[15], 254);
+}
+
 TEST(SuperCaptureScheme, VectorPathsMatchThePerByteDefinition) {
   std::mt19937 rng(7);
   // Sizes whose byte counts are and are not multiples of the vector step.

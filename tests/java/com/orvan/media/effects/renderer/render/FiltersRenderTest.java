@@ -10,6 +10,7 @@ import java.nio.ByteBuffer;
 import java.nio.ByteOrder;
 import java.nio.file.Path;
 import java.util.Random;
+import org.junit.jupiter.api.AfterAll;
 import org.junit.jupiter.api.AfterEach;
 import org.junit.jupiter.api.BeforeAll;
 import org.junit.jupiter.api.BeforeEach;
@@ -46,6 +47,11 @@ class FiltersRenderTest {
   @BeforeAll
   static void privateCache() {
     useCacheDirectory(cacheDir.toString() + "/");
+  }
+
+  @AfterAll
+  static void defaultCache() {
+    useCacheDirectory(null);
   }
 
   @BeforeEach
