@@ -10,8 +10,6 @@
 // choose the kernel (image/ColorConvert.cpp is the one dispatch point).
 namespace convert_row {
 
-inline uint8_t clamp255(int v) { return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v)); }
-
 // Per-pixel chroma terms before the +128 (or the group's rounding constant).
 inline int uTerm(int r, int g, int b) {
   using namespace colortables;
@@ -26,7 +24,7 @@ inline uint8_t lumaOf(int r, int g, int b) {
   return static_cast<uint8_t>(kYR[r] + kYG[g] + kYB[b] + 16);
 }
 
-// clamp255 as a lookup over every sum the inverse formula can reach
+// Clamping to 0..255 as a lookup over every sum the inverse formula can reach
 // (-276..534): one load per channel instead of two compares.
 struct ClampTable {
   uint8_t v[1024];
@@ -108,8 +106,10 @@ void RGBToNVBlockRow_C(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, ui
 #define OV_HAVE_SSSE3_ROWS 1
 bool HasSSSE3();
 int NVQuadToRGBRow_SSSE3(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int quads, int uOffset);
+int I420QuadToRGBRow_SSSE3(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, int quads);
 // uOffset 1 for YUYV, 3 for YVYU.
 int Packed422ToRGBRow_SSSE3(const uint8_t* src, uint8_t* rgb, int pairs, int uOffset);
+int RGBToPacked422Row_SSSE3(const uint8_t* rgb, uint8_t* dst, int pairs, int uOffset);
 int RGBToNVBlockRow_SSSE3(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1, uint8_t* chroma,
                           int blocks, int uOffset);
 #else

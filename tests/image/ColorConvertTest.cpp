@@ -48,30 +48,6 @@ TEST(ColorConvert, QuotedPixelExamples) {
   EXPECT_EQ(Bytes(out, out + 4), (Bytes{200, 200, 200, 255}));
 }
 
-TEST(ColorConvert, PerPixelRowsOnAHandWorkedImage) {
-  // red, green, blue, white: weights 19595, 38470, 7471 (sum 65536) >> 16.
-  const Bytes rgb = {255, 0, 0, 0, 255, 0, 0, 0, 255, 255, 255, 255};
-  const Bytes rgba = {255, 0, 0, 9, 0, 255, 0, 9, 0, 0, 255, 9, 255, 255, 255, 9};
-  Bytes out(16, 0);
-  ASSERT_EQ(color_convert_rgb2gray(rgb.data(), out.data(), 2, 2), 1);
-  EXPECT_EQ(Bytes(out.begin(), out.begin() + 4), (Bytes{76, 149, 29, 255}));
-  ASSERT_EQ(color_convert_rgba2gray(rgba.data(), out.data(), 2, 2), 1);
-  EXPECT_EQ(Bytes(out.begin(), out.begin() + 4), (Bytes{76, 149, 29, 255}));
-  ASSERT_EQ(color_convert_rgba2rgb(rgba.data(), out.data(), 4, 1), 1);
-  EXPECT_EQ(Bytes(out.begin(), out.begin() + 12), rgb);
-  ASSERT_EQ(color_convert_rgb2rgba(rgb.data(), out.data(), 4, 1), 1);
-  EXPECT_EQ(out, (Bytes{255, 0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255, 255, 255, 255, 255}));
-  ASSERT_EQ(color_convert_rgb2yuv(rgb.data(), out.data(), 4, 1), 1);
-  EXPECT_EQ(out[0], 81);  // red
-  EXPECT_EQ(out[1], 91);
-  EXPECT_EQ(out[2], 239);
-  EXPECT_EQ(out[3], 16 + 128);  // green: kYG[255] = 128
-  const Bytes planar = {7, 8, 9, 10, 11};
-  Bytes copy(5, 0);
-  ASSERT_EQ(color_convert_yuv2gray(planar.data(), copy.data(), 2, 2), 1);
-  EXPECT_EQ(copy, (Bytes{7, 8, 9, 10, 0}));  // N bytes, no more
-}
-
 TEST(ColorConvert, PairWritersShareChromaBetweenTwoPixels) {
   const Bytes rgb = cat({kRed, kBlue});
   Bytes out(4, 0);
