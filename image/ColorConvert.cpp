@@ -34,6 +34,22 @@ void packed422ToRGB(const uint8_t* src, uint8_t* rgb, int pairs, int uOffset, in
   Packed422ToRGBRow_C(src + 4 * done, rgb + 6 * done, pairs - done, uOffset, vOffset);
 }
 
+void i420ToRGB(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, int quads) {
+  int done = 0;
+#if OV_HAVE_SSSE3_ROWS
+  if (simd()) done = I420QuadToRGBRow_SSSE3(y, u, v, rgb, quads);
+#endif
+  I420QuadToRGBRow_C(y + 4 * done, u + done, v + done, rgb + 12 * done, quads - done);
+}
+
+void rgbToPacked422(const uint8_t* rgb, uint8_t* dst, int pairs, int uOffset, int vOffset) {
+  int done = 0;
+#if OV_HAVE_SSSE3_ROWS
+  if (simd()) done = RGBToPacked422Row_SSSE3(rgb, dst, pairs, uOffset);
+#endif
+  RGBToPacked422Row_C(rgb + 6 * done, dst + 4 * done, pairs - done, uOffset, vOffset);
+}
+
 void rgbToNVBlocks(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1, uint8_t* chroma,
                    int blocks, int uOffset) {
   int done = 0;
@@ -98,7 +114,7 @@ int color_convert_yuv2rgb(const unsigned char* src, unsigned char* dst, int widt
 }
 
 int color_convert_rgb2yuyv(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 2, [&](int pairs) { RGBToPacked422Row_C(src, dst, pairs, 1, 3); });
+  return run(src, dst, width, height, 2, [&](int pairs) { rgbToPacked422(src, dst, pairs, 1, 3); });
 }
 
 int color_convert_yuyv2rgb(const unsigned char* src, unsigned char* dst, int width, int height) {
@@ -106,7 +122,7 @@ int color_convert_yuyv2rgb(const unsigned char* src, unsigned char* dst, int wid
 }
 
 int color_convert_rgb2yvyu(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 2, [&](int pairs) { RGBToPacked422Row_C(src, dst, pairs, 3, 1); });
+  return run(src, dst, width, height, 2, [&](int pairs) { rgbToPacked422(src, dst, pairs, 3, 1); });
 }
 
 int color_convert_yvyu2rgb(const unsigned char* src, unsigned char* dst, int width, int height) {
@@ -138,7 +154,7 @@ int color_convert_yv12oryu122rgb(const unsigned char* y, const unsigned char* u,
   if (y == nullptr || u == nullptr || v == nullptr || rgb == nullptr) return 0;
   const int n = pixelsOf(width, height);
   if (n == 0) return 0;
-  I420QuadToRGBRow_C(y, u, v, rgb, n / 4);
+  i420ToRGB(y, u, v, rgb, n / 4);
   return 1;
 }
 

@@ -106,8 +106,10 @@ void RGBToNVBlockRow_C(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, ui
 #define OV_HAVE_SSSE3_ROWS 1
 bool HasSSSE3();
 int NVQuadToRGBRow_SSSE3(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int quads, int uOffset);
+int I420QuadToRGBRow_SSSE3(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, int quads);
 // uOffset 1 for YUYV, 3 for YVYU.
 int Packed422ToRGBRow_SSSE3(const uint8_t* src, uint8_t* rgb, int pairs, int uOffset);
+int RGBToPacked422Row_SSSE3(const uint8_t* rgb, uint8_t* dst, int pairs, int uOffset);
 int RGBToNVBlockRow_SSSE3(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1, uint8_t* chroma,
                           int blocks, int uOffset);
 #else

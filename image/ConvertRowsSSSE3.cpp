@@ -1,4 +1,4 @@
-// SSSE3 versions of the busiest row kernels. They reproduce the lookup tables
+// SSSE3 versions of the row kernels of the camera layouts. They reproduce the lookup tables
 // exactly with 16-bit multiply-high arithmetic: every table entry is
 // n * x + sign(x) * ((|x| * A) >> 16) for a whole part n and a multiplier A,
 // and the static_asserts below check that identity for all 256 entries, so
@@ -146,24 +146,59 @@ OV_SSSE3 inline Forward forwardTerms(__m128i r, __m128i g, __m128i b) {
   return f;
 }
 
+// 16 RGB pixels (48 bytes) split into R, G and B planes of 16 bytes.
+OV_SSSE3 inline void deinterleave16(const uint8_t* src, __m128i plane[3]) {
+  const __m128i in0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src));
+  const __m128i in1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + 16));
+  const __m128i in2 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + 32));
+  for (int ch = 0; ch < 3; ++ch)
+    plane[ch] = _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(in0, mask(kDeinterleave, 0, ch)),
+                                          _mm_shuffle_epi8(in1, mask(kDeinterleave, 1, ch))),
+                             _mm_shuffle_epi8(in2, mask(kDeinterleave, 2, ch)));
+}
+
+// Both 8-pixel halves of 16 deinterleaved pixels.
+OV_SSSE3 inline void forward16(const __m128i plane[3], Forward& lo, Forward& hi) {
+  const __m128i zero = _mm_setzero_si128();
+  lo = forwardTerms(_mm_unpacklo_epi8(plane[0], zero), _mm_unpacklo_epi8(plane[1], zero),
+                    _mm_unpacklo_epi8(plane[2], zero));
+  hi = forwardTerms(_mm_unpackhi_epi8(plane[0], zero), _mm_unpackhi_epi8(plane[1], zero),
+                    _mm_unpackhi_epi8(plane[2], zero));
+}
+
+// 32 pixels from 32 luma bytes and the terms of 8 chroma pairs, one per quad.
+OV_SSSE3 inline void storeQuads32(uint8_t* rgb, const uint8_t* y, const ChromaV& terms) {
+  const __m128i zero = _mm_setzero_si128();
+  const ChromaV a = spreadLo(terms), b = spreadHi(terms);
+  const ChromaV q0 = spread32Lo(a), q1 = spread32Hi(a), q2 = spread32Lo(b), q3 = spread32Hi(b);
+  const __m128i y0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(y));
+  const __m128i y1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(y + 16));
+  storeRGB16(rgb, lumaTerm(_mm_unpacklo_epi8(y0, zero)), lumaTerm(_mm_unpackhi_epi8(y0, zero)), q0, q1);
+  storeRGB16(rgb + 48, lumaTerm(_mm_unpacklo_epi8(y1, zero)), lumaTerm(_mm_unpackhi_epi8(y1, zero)), q2, q3);
+}
+
 }  // namespace
 
 OV_SSSE3 int NVQuadToRGBRow_SSSE3(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int quads,
                                   int uOffset) {
-  const __m128i low = _mm_set1_epi16(0x00FF), zero = _mm_setzero_si128();
+  const __m128i low = _mm_set1_epi16(0x00FF);
   int done = 0;
   for (; done + 8 <= quads; done += 8, y += 32, chroma += 16, rgb += 96) {
     const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(chroma));
     const __m128i first = _mm_and_si128(c, low), second = _mm_srli_epi16(c, 8);
-    const ChromaV terms = uOffset == 0 ? chromaTerms(first, second) : chromaTerms(second, first);
-    // One chroma lane per quad of consecutive pixels: spread each to 4 lanes.
-    const ChromaV a = spreadLo(terms), b = spreadHi(terms);
-    const ChromaV q0 = spread32Lo(a), q1 = spread32Hi(a), q2 = spread32Lo(b), q3 = spread32Hi(b);
-    const __m128i y0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(y));
-    const __m128i y1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(y + 16));
-    storeRGB16(rgb, lumaTerm(_mm_unpacklo_epi8(y0, zero)), lumaTerm(_mm_unpackhi_epi8(y0, zero)), q0, q1);
-    storeRGB16(rgb + 48, lumaTerm(_mm_unpacklo_epi8(y1, zero)), lumaTerm(_mm_unpackhi_epi8(y1, zero)), q2,
-               q3);
+    storeQuads32(rgb, y, uOffset == 0 ? chromaTerms(first, second) : chromaTerms(second, first));
+  }
+  return done;
+}
+
+OV_SSSE3 int I420QuadToRGBRow_SSSE3(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb,
+                                    int quads) {
+  const __m128i zero = _mm_setzero_si128();
+  int done = 0;
+  for (; done + 8 <= quads; done += 8, y += 32, u += 8, v += 8, rgb += 96) {
+    const __m128i u8 = _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(u)), zero);
+    const __m128i v8 = _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(v)), zero);
+    storeQuads32(rgb, y, chromaTerms(u8, v8));
   }
   return done;
 }
@@ -185,34 +220,44 @@ OV_SSSE3 int Packed422ToRGBRow_SSSE3(const uint8_t* src, uint8_t* rgb, int pairs
   return done;
 }
 
+OV_SSSE3 int RGBToPacked422Row_SSSE3(const uint8_t* rgb, uint8_t* dst, int pairs, int uOffset) {
+  const __m128i k256 = _mm_set1_epi16(256);
+  int done = 0;
+  for (; done + 8 <= pairs; done += 8, rgb += 48, dst += 32) {
+    __m128i plane[3];
+    deinterleave16(rgb, plane);
+    Forward lo, hi;
+    forward16(plane, lo, hi);
+    const __m128i y = _mm_packus_epi16(lo.y, hi.y);
+    const __m128i u = _mm_srai_epi16(_mm_add_epi16(_mm_hadd_epi16(lo.u, hi.u), k256), 1);
+    const __m128i v = _mm_srai_epi16(_mm_add_epi16(_mm_hadd_epi16(lo.v, hi.v), k256), 1);
+    // Chroma bytes in pair order (U V for YUYV, V U for YVYU), then Y0 c0 Y1 c1.
+    const __m128i c =
+        uOffset == 1 ? _mm_or_si128(u, _mm_slli_epi16(v, 8)) : _mm_or_si128(v, _mm_slli_epi16(u, 8));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), _mm_unpacklo_epi8(y, c));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 16), _mm_unpackhi_epi8(y, c));
+  }
+  return done;
+}
+
 OV_SSSE3 int RGBToNVBlockRow_SSSE3(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1,
                                    uint8_t* chroma, int blocks, int uOffset) {
-  const __m128i zero = _mm_setzero_si128(), k512 = _mm_set1_epi16(512);
+  const __m128i k512 = _mm_set1_epi16(512);
   int done = 0;
   for (; done + 8 <= blocks; done += 8, rgb0 += 48, rgb1 += 48, y0 += 16, y1 += 16, chroma += 16) {
-    __m128i usum[2], vsum[2];
+    __m128i usum = _mm_setzero_si128(), vsum = _mm_setzero_si128();
     for (int row = 0; row < 2; ++row) {
-      const uint8_t* src = row == 0 ? rgb0 : rgb1;
-      const __m128i in0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src));
-      const __m128i in1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + 16));
-      const __m128i in2 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + 32));
       __m128i plane[3];
-      for (int ch = 0; ch < 3; ++ch)
-        plane[ch] = _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(in0, mask(kDeinterleave, 0, ch)),
-                                              _mm_shuffle_epi8(in1, mask(kDeinterleave, 1, ch))),
-                                 _mm_shuffle_epi8(in2, mask(kDeinterleave, 2, ch)));
-      const Forward lo = forwardTerms(_mm_unpacklo_epi8(plane[0], zero), _mm_unpacklo_epi8(plane[1], zero),
-                                      _mm_unpacklo_epi8(plane[2], zero));
-      const Forward hi = forwardTerms(_mm_unpackhi_epi8(plane[0], zero), _mm_unpackhi_epi8(plane[1], zero),
-                                      _mm_unpackhi_epi8(plane[2], zero));
+      deinterleave16(row == 0 ? rgb0 : rgb1, plane);
+      Forward lo, hi;
+      forward16(plane, lo, hi);
       _mm_storeu_si128(reinterpret_cast<__m128i*>(row == 0 ? y0 : y1), _mm_packus_epi16(lo.y, hi.y));
       // Sums of horizontal neighbours: one lane per block.
-      const __m128i u = _mm_hadd_epi16(lo.u, hi.u), v = _mm_hadd_epi16(lo.v, hi.v);
-      usum[row] = u;
-      vsum[row] = v;
+      usum = _mm_add_epi16(usum, _mm_hadd_epi16(lo.u, hi.u));
+      vsum = _mm_add_epi16(vsum, _mm_hadd_epi16(lo.v, hi.v));
     }
-    const __m128i u = _mm_srai_epi16(_mm_add_epi16(_mm_add_epi16(usum[0], usum[1]), k512), 2);
-    const __m128i v = _mm_srai_epi16(_mm_add_epi16(_mm_add_epi16(vsum[0], vsum[1]), k512), 2);
+    const __m128i u = _mm_srai_epi16(_mm_add_epi16(usum, k512), 2);
+    const __m128i v = _mm_srai_epi16(_mm_add_epi16(vsum, k512), 2);
     const __m128i pairs =
         uOffset == 0 ? _mm_or_si128(u, _mm_slli_epi16(v, 8)) : _mm_or_si128(v, _mm_slli_epi16(u, 8));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(chroma), pairs);

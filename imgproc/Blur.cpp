@@ -83,8 +83,9 @@ void alpha_blend(unsigned char* pixels, int count, int r, int g, int b, int alph
 void calculate_gauss_blur_coef(float sigma, int n, gauss_blur_coef* out) {
   if (!out || n <= 0 || n > 2048) return;
   const float nf = (float)n;
-  const float wIdeal = sqrtf(12.0f * sigma * sigma / nf + 1.0f);
-  if (!(wIdeal <= kMaxBoxWidth)) return;  // NaN or absurd sigma
+  float wIdeal = sqrtf(12.0f * sigma * sigma / nf + 1.0f);
+  if (wIdeal != wIdeal) return;                      // NaN sigma
+  if (wIdeal > kMaxBoxWidth) wIdeal = kMaxBoxWidth;  // wider than any line anyway
   int wl = (int)floorf(wIdeal);
   if (wl % 2 == 0) --wl;
   const int wu = wl + 2;

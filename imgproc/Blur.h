@@ -35,7 +35,7 @@ OV_CAPI void alpha_blend(unsigned char* pixels, int count, int r, int g, int b, 
 OV_CAPI void alpha_blend_neon(unsigned char* pixels, int count, int r, int g, int b, int alpha);
 
 // Widths of n box passes approximating a Gaussian of deviation sigma
-// (n must be 1..2048; out null or n out of range: nothing happens).
+// (n must be 1..2048; out null, n out of range or a NaN sigma: nothing happens).
 OV_CAPI void calculate_gauss_blur_coef(float sigma, int n, gauss_blur_coef* out);
 
 // Box blur of 32-bit pixels (channels in bits 0-7, 8-15, 16-23), src to dst,

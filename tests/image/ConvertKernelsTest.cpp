@@ -79,3 +79,29 @@ TEST(ConvertKernels, NVWritersMatchTheReference) {
                                          d + w * (row + 1), chroma, w / 2, u);
       });
 }
+
+TEST(ConvertKernels, ThreePlaneReaderMatchesTheReference) {
+  const int unused[2] = {0, 0};
+  compare(
+      2, 3, unused,
+      [](const unsigned char* s, unsigned char* d, int w, int h, int) {
+        const int n = w * h;
+        ASSERT_EQ(color_convert_yv12oryu122rgb(s, s + n, s + n + n / 4, d, w, h), 1);
+      },
+      [](const unsigned char* s, unsigned char* d, int w, int h, int) {
+        const int n = w * h;
+        convert_row::I420QuadToRGBRow_C(s, s + n, s + n + n / 4, d, n / 4);
+      });
+}
+
+TEST(ConvertKernels, PackedWritersMatchTheReference) {
+  const int uOffsets[2] = {1, 3};
+  compare(
+      3, 2, uOffsets,
+      [](const unsigned char* s, unsigned char* d, int w, int h, int u) {
+        ASSERT_EQ(u == 1 ? color_convert_rgb2yuyv(s, d, w, h) : color_convert_rgb2yvyu(s, d, w, h), 1);
+      },
+      [](const unsigned char* s, unsigned char* d, int w, int h, int u) {
+        convert_row::RGBToPacked422Row_C(s, d, w * h / 2, u, 4 - u);
+      });
+}

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
@@ -298,4 +299,34 @@ TEST(Jpeg, OversizedImageIsRefused) {
   EXPECT_EQ(decode(data, image), 0);
   EXPECT_EQ(cap.countPrefix("jpeg_utils_error_exit,msgcode[41]"), 1);
   EXPECT_TRUE(before.same(image));
+}
+
+// A marker segment longer than the 4096-byte input buffer is skipped through
+// the stream's skip: a file stream seeks over it, while a memory stream cannot
+// skip (it answers -1), which the source manager reports as a read error.
+TEST(Jpeg, LongMarkerSegmentsAreSkippedThroughTheStream) {
+  auto_ptr<Image> small = smallPicture();
+  const Bytes plain = encode(small, 80);
+  Bytes padded(plain.begin(), plain.begin() + 2);  // SOI
+  const unsigned length = 10000;                   // APP1, not kept by libjpeg
+  padded.insert(padded.end(), {0xFF, 0xE1, static_cast<unsigned char>(length >> 8), length & 0xFF});
+  padded.insert(padded.end(), length - 2, 0x42);
+  padded.insert(padded.end(), plain.begin() + 2, plain.end());
+
+  char path[] = "/tmp/ov_jpeg_XXXXXX";
+  const int fd = mkstemp(path);
+  ASSERT_GE(fd, 0);
+  ASSERT_EQ(write(fd, padded.data(), padded.size()), static_cast<ssize_t>(padded.size()));
+  close(fd);
+  auto_ptr<Stream> file(new FileStream(path, FileStream::FILE_MODE_READ));
+  auto_ptr<Image> image = blank();
+  JpegDecoder decoder;
+  EXPECT_EQ(decoder.decode(file, image), 1);
+  EXPECT_EQ(image->width, 32u);
+  remove(path);
+
+  LogCapture cap;
+  auto_ptr<Image> other = blank();
+  EXPECT_EQ(decode(padded, other), 0);
+  EXPECT_EQ(cap.countPrefix("jpeg_utils_error_exit,msgcode["), 1);
 }

@@ -142,6 +142,7 @@ TEST(GaussCoef, WorkedExamples) {
   untouched.n = -5;
   calculate_gauss_blur_coef(2.0f, 0, &untouched);
   calculate_gauss_blur_coef(2.0f, 2049, &untouched);
+  calculate_gauss_blur_coef(NAN, 3, &untouched);
   EXPECT_EQ(untouched.n, -5);
   calculate_gauss_blur_coef(2.0f, 3, nullptr);  // must not crash
 }
