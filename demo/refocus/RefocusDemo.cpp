@@ -19,7 +19,7 @@ constexpr int kFrames = 5;
 constexpr int kRegionCols = 3, kRegionRows = 2;
 constexpr int kFocusFrame[kRegionRows][kRegionCols] = {{0, 2, 4}, {3, 1, 2}};
 constexpr int kGridCols = 12, kGridRows = 8;
-constexpr int kSigmaStep = 2;
+constexpr int kSigmaStep = 4;
 
 const unsigned char kPalette[kFrames][3] = {
     {230, 25, 75}, {60, 180, 75}, {255, 225, 25}, {0, 130, 200}, {245, 130, 48}};

@@ -17,12 +17,8 @@ struct Vec4 {
 };
 
 struct Picture {
-  int width = 0;
-  int height = 0;
-  int channels = 4;
+  int width = 0, height = 0, channels = 4;
   std::vector<uint8_t> pixels;
-
-  Picture() = default;
   Picture(int w, int h, int c = 4) : width(w), height(h), channels(c), pixels(size_t(w) * h * c, 0) {}
   uint8_t* at(int x, int y) { return &pixels[(size_t(y) * width + x) * channels]; }
   const uint8_t* at(int x, int y) const { return &pixels[(size_t(y) * width + x) * channels]; }
@@ -43,17 +39,11 @@ inline Vec4 mix(const Vec4& a, const Vec4& b, double f) {
 
 // texture2D with GL_LINEAR filtering and GL_CLAMP_TO_EDGE wrapping.
 inline Vec4 sample(const Picture& p, double s, double t) {
-  double u = s * p.width - 0.5;
-  double v = t * p.height - 0.5;
-  double x0 = std::floor(u);
-  double y0 = std::floor(v);
-  double fx = u - x0;
-  double fy = v - y0;
-  int ix = static_cast<int>(x0);
-  int iy = static_cast<int>(y0);
-  Vec4 bottom = mix(texel(p, ix, iy), texel(p, ix + 1, iy), fx);
-  Vec4 top = mix(texel(p, ix, iy + 1), texel(p, ix + 1, iy + 1), fx);
-  return mix(bottom, top, fy);
+  double u = s * p.width - 0.5, v = t * p.height - 0.5;
+  int ix = static_cast<int>(std::floor(u)), iy = static_cast<int>(std::floor(v));
+  double fx = u - ix, fy = v - iy;
+  return mix(mix(texel(p, ix, iy), texel(p, ix + 1, iy), fx),
+             mix(texel(p, ix, iy + 1), texel(p, ix + 1, iy + 1), fx), fy);
 }
 
 inline uint8_t toByte(double v) {
@@ -77,34 +67,19 @@ inline double h(double x) {
 
 inline Vec4 h(const Vec4& v) { return {h(v.r), h(v.g), h(v.b), h(v.a)}; }
 
-// Texture coordinates over the full-screen quad of four vertices
-// (-1,-1), (1,-1), (-1,1), (1,1), given as s,t pairs in that order.
-struct Quad {
-  double tex[8];
-};
-
-inline Quad defaultQuad() { return Quad{{1, 1, 1, 0, 0, 1, 0, 0}}; }
-
 using Shader = std::function<Vec4(double s, double t)>;
 
-// Runs `shader` for every pixel centre of a width x height viewport.
-inline Picture render(int width, int height, const Quad& quad, const Shader& shader) {
+// Runs `shader` for every pixel centre of a width x height viewport. The
+// default texture coordinates (1,1), (1,0), (0,1), (0,0) at the corners
+// (-1,-1), (1,-1), (-1,1), (1,1) give s = 1 - y', t = 1 - x' over the
+// viewport fractions x', y': a quarter turn with a flip.
+inline Picture render(int width, int height, const Shader& shader) {
   Picture out(width, height, 4);
   for (int j = 0; j < height; ++j) {
     for (int i = 0; i < width; ++i) {
-      double fx = (i + 0.5) / width;  // (x + 1) / 2
-      double fy = (j + 0.5) / height;
-      // Bilinear over the corners; exact for the parallelograms used here.
-      double s = quad.tex[0] * (1 - fx) * (1 - fy) + quad.tex[2] * fx * (1 - fy) +
-                 quad.tex[4] * (1 - fx) * fy + quad.tex[6] * fx * fy;
-      double t = quad.tex[1] * (1 - fx) * (1 - fy) + quad.tex[3] * fx * (1 - fy) +
-                 quad.tex[5] * (1 - fx) * fy + quad.tex[7] * fx * fy;
-      Vec4 c = shader(s, t);
-      uint8_t* q = out.at(i, j);
-      q[0] = toByte(c.r);
-      q[1] = toByte(c.g);
-      q[2] = toByte(c.b);
-      q[3] = toByte(c.a);
+      Vec4 c = shader(1.0 - (j + 0.5) / height, 1.0 - (i + 0.5) / width);
+      const double v[4] = {c.r, c.g, c.b, c.a};
+      for (int k = 0; k < 4; ++k) out.at(i, j)[k] = toByte(v[k]);
     }
   }
   return out;
@@ -150,37 +125,18 @@ inline Shader mirror(const Picture& in, double cx, double cy) {
 // r2 is the stored (squared) radius.
 inline Shader timetunnel(const Picture& in, double r2) {
   return [&in, r2](double s, double t) {
-    double dx = s - 0.5, dy = t - 0.5;
-    double d = dx * dx + dy * dy;
-    if (d > r2) {
-      double f = std::sqrt(r2 / d);
-      s = f * dx + 0.5;
-      t = f * dy + 0.5;
-    }
-    return sample(in, s, t);
+    double dx = s - 0.5, dy = t - 0.5, d = dx * dx + dy * dy, f = d > r2 ? std::sqrt(r2 / d) : 1.0;
+    return sample(in, f * dx + 0.5, f * dy + 0.5);
   };
 }
 
-// Where the swirl reads for output coordinate (s, t); radius is the stored value.
-inline void swirlSource(double s, double t, double radius, double strength, double cx, double cy, double* os,
-                        double* ot) {
-  double dx = s - cx, dy = t - cy;
-  double d = std::sqrt(dx * dx + dy * dy);
-  *os = s;
-  *ot = t;
-  if (d < radius) {
-    double a = (radius - d) / radius;
-    a = strength * a * a;
-    *os = dx * std::cos(a) + dy * std::sin(a) + cx;
-    *ot = -dx * std::sin(a) + dy * std::cos(a) + cy;
-  }
-}
-
+// Turns (s, t) inside the stored radius about the centre.
 inline Shader distorted(const Picture& in, double radius, double strength, double cx, double cy) {
   return [&in, radius, strength, cx, cy](double s, double t) {
-    double os, ot;
-    swirlSource(s, t, radius, strength, cx, cy, &os, &ot);
-    return sample(in, os, ot);
+    double dx = s - cx, dy = t - cy, d = std::sqrt(dx * dx + dy * dy);
+    if (d >= radius) return sample(in, s, t);
+    double a = strength * (radius - d) / radius * (radius - d) / radius;
+    return sample(in, dx * std::cos(a) + dy * std::sin(a) + cx, -dx * std::sin(a) + dy * std::cos(a) + cy);
   };
 }
 
@@ -223,21 +179,16 @@ inline Shader table(const Picture& in, const Picture& lut, double strength) {
 
 // --- comparison ------------------------------------------------------------
 
-// Largest per-channel difference, and where it is.
+// Largest per-channel difference between a rendered picture and RGBA bytes, and where it is.
 struct Difference {
-  int worst = 0;
-  int x = -1, y = -1, channel = -1;
+  int worst = 0, x = -1, y = -1, channel = -1;
 };
 
 inline Difference compare(const Picture& a, const uint8_t* b) {
   Difference d;
-  for (int y = 0; y < a.height; ++y) {
-    for (int x = 0; x < a.width; ++x) {
-      for (int c = 0; c < 4; ++c) {
-        int diff = std::abs(int(a.at(x, y)[c]) - int(b[(size_t(y) * a.width + x) * 4 + c]));
-        if (diff > d.worst) d = Difference{diff, x, y, c};
-      }
-    }
+  for (size_t i = 0; i < a.pixels.size(); ++i) {
+    int diff = std::abs(int(a.pixels[i]) - int(b[i]));
+    if (diff > d.worst) d = Difference{diff, int(i / 4 % a.width), int(i / 4 / a.width), int(i % 4)};
   }
   return d;
 }

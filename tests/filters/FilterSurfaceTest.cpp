@@ -5,20 +5,18 @@
 #include <EGL/eglext.h>
 #include <android/native_window_host.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <cstring>
-#include <random>
 #include <string>
 
-#include "filters/FilterModel.h"
+#include "filters/FilterTestSupport.h"
 #include "filters/ImageFilters.h"
 #include "gpu/GLHeaders.h"
 #include "gpu/GPUEngine.h"
-#include "gpu/GPUScript.h"
 #include "support/LogCapture.h"
 
+using filtertest::noise;
 using model::Picture;
 
 namespace {
@@ -26,70 +24,34 @@ namespace {
 // 1 byte where only texel centres are sampled, 2 where the program computes.
 const int kTolerance = 2;
 
-std::string gCacheDir;
-
-class FilterSurface : public ::testing::Test {
- protected:
-  static void SetUpTestSuite() {
-    char pattern[] = "/tmp/filters-surfaceXXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    gCacheDir = std::string(pattern) + "/";
-    GPUScript::setCacheDirectory(gCacheDir.c_str());
-  }
-  static void TearDownTestSuite() {
-    std::string cmd = "rm -rf '" + gCacheDir + "'";
-    EXPECT_EQ(system(cmd.c_str()), 0);
-    GPUScript::setCacheDirectory(nullptr);
-  }
-};
-
-Picture noise(int w, int h, unsigned seed) {
-  Picture p(w, h);
-  std::mt19937 rng(seed);
-  for (auto& v : p.pixels) v = static_cast<uint8_t>(rng() & 0xff);
-  return p;
-}
-
-GLuint makeTexture(const Picture& p) {
-  GLuint tex = 0;
-  glGenTextures(1, &tex);
-  glBindTexture(GL_TEXTURE_2D, tex);
-  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, p.width, p.height, 0, GL_RGBA, GL_UNSIGNED_BYTE, p.pixels.data());
-  // Complete without mipmaps, as an EGLImage source must be.
-  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-  glBindTexture(GL_TEXTURE_2D, 0);
-  return tex;
-}
-
-// A real external texture: an EGLImage of a 2D texture bound to
-// GL_TEXTURE_EXTERNAL_OES, as a camera stream would provide.
+// A real external texture, as a camera stream would provide: an EGLImage of
+// a 2D texture (complete without mipmaps) bound to GL_TEXTURE_EXTERNAL_OES.
 struct ExternalTexture {
-  EGLDisplay display = EGL_NO_DISPLAY;
+  EGLDisplay display = eglGetCurrentDisplay();
   EGLImageKHR image = EGL_NO_IMAGE_KHR;
-  GLuint source = 0;
-  GLuint texture = 0;
+  GLuint source = 0, texture = 0;
 
   bool make(const Picture& p) {
     auto createImage = reinterpret_cast<PFNEGLCREATEIMAGEKHRPROC>(eglGetProcAddress("eglCreateImageKHR"));
     auto target = reinterpret_cast<PFNGLEGLIMAGETARGETTEXTURE2DOESPROC>(
         eglGetProcAddress("glEGLImageTargetTexture2DOES"));
     if (createImage == nullptr || target == nullptr) return false;
-    display = eglGetCurrentDisplay();
-    source = makeTexture(p);
+    glGenTextures(1, &source);
+    glBindTexture(GL_TEXTURE_2D, source);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, p.width, p.height, 0, GL_RGBA, GL_UNSIGNED_BYTE, p.pixels.data());
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
     const EGLint attributes[] = {EGL_GL_TEXTURE_LEVEL_KHR, 0, EGL_NONE};
     image = createImage(display, eglGetCurrentContext(), EGL_GL_TEXTURE_2D_KHR,
                         reinterpret_cast<EGLClientBuffer>(static_cast<uintptr_t>(source)), attributes);
-    if (image == EGL_NO_IMAGE_KHR) return false;
     glGenTextures(1, &texture);
     glBindTexture(GL_TEXTURE_EXTERNAL_OES, texture);
-    target(GL_TEXTURE_EXTERNAL_OES, image);
+    if (image != EGL_NO_IMAGE_KHR) target(GL_TEXTURE_EXTERNAL_OES, image);
     glBindTexture(GL_TEXTURE_EXTERNAL_OES, 0);
-    return glGetError() == GL_NO_ERROR;
+    return image != EGL_NO_IMAGE_KHR && glGetError() == GL_NO_ERROR;
   }
   ~ExternalTexture() {
-    if (texture != 0) glDeleteTextures(1, &texture);
-    if (source != 0) glDeleteTextures(1, &source);
+    GLuint names[2] = {texture, source};
+    glDeleteTextures(2, names);
     auto destroyImage = reinterpret_cast<PFNEGLDESTROYIMAGEKHRPROC>(eglGetProcAddress("eglDestroyImageKHR"));
     if (image != EGL_NO_IMAGE_KHR && destroyImage != nullptr) destroyImage(display, image);
   }
@@ -97,15 +59,13 @@ struct ExternalTexture {
 
 // An RGBA texture in a framebuffer of the caller's, bound for drawing.
 struct Target {
-  GLuint texture = 0;
-  GLuint framebuffer = 0;
+  GLuint texture = 0, framebuffer = 0;
   int width, height;
 
   Target(int w, int h) : width(w), height(h) {
     glGenTextures(1, &texture);
     glBindTexture(GL_TEXTURE_2D, texture);
     glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, w, h, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
-    glBindTexture(GL_TEXTURE_2D, 0);
     glGenFramebuffers(1, &framebuffer);
     glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
     glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture, 0);
@@ -126,6 +86,8 @@ struct Target {
 bool exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
 
 }  // namespace
+
+class FilterSurface : public filtertest::PrivateCache {};
 
 TEST_F(FilterSurface, ExternalTextureDrawsIntoTheCallersFramebuffer) {
   // The test's engine plays the GL view's renderer thread.
@@ -154,22 +116,18 @@ TEST_F(FilterSurface, ExternalTextureDrawsIntoTheCallersFramebuffer) {
     f->setTexture(static_cast<int>(camera.texture), 32, 32, 40, 24);
     f->render();
     std::vector<uint8_t> out = target.read();
-    model::Difference d =
-        model::compare(model::render(40, 24, model::defaultQuad(), model::xray(in)), out.data());
-    EXPECT_LE(d.worst, kTolerance) << d.x << " " << d.y << " " << d.channel;
+    EXPECT_MATCHES(model::render(40, 24, model::xray(in)), out, kTolerance);
 
     // A second texture name is ignored: the first stays the input.
-    Picture other = noise(32, 32, 12);
     ExternalTexture second;
-    ASSERT_TRUE(second.make(other));
-    Target again(40, 24);
+    ASSERT_TRUE(second.make(noise(32, 32, 12)));
     f->setTexture(static_cast<int>(second.texture), 32, 32, 40, 24);
     f->render();
-    EXPECT_EQ(again.read(), out);
+    EXPECT_EQ(target.read(), out);
   }
   // The cache file is written once the program lets go of its script.
-  EXPECT_TRUE(exists(gCacheDir + "ImageFilterXray_oes.osb"));
-  EXPECT_FALSE(exists(gCacheDir + "ImageFilterXray.osb"));
+  EXPECT_TRUE(exists(cacheDir() + "ImageFilterXray_oes.osb"));
+  EXPECT_FALSE(exists(cacheDir() + "ImageFilterXray.osb"));
   engine->close();
   engine->destroy();
 }
@@ -196,9 +154,7 @@ TEST_F(FilterSurface, FilterOnAWindowReachesTheScreen) {
     std::vector<uint8_t> flipped(screen.size());
     for (int y = 0; y < h; ++y)
       memcpy(&flipped[size_t(y) * w * 4], &screen[size_t(h - 1 - y) * w * 4], w * 4);
-    model::Difference d =
-        model::compare(model::render(w, h, model::defaultQuad(), model::temperature(in)), flipped.data());
-    EXPECT_LE(d.worst, kTolerance) << d.x << " " << d.y << " " << d.channel;
+    EXPECT_MATCHES(model::render(w, h, model::temperature(in)), flipped, kTolerance);
     engine->close();
     engine->destroy();
   }

@@ -21,29 +21,29 @@ void capture(const struct __android_logger_data*, const char* message) {
   if (gCapturing) gLines.push_back(message != nullptr ? message : "");
 }
 
+void setCapturing(bool on) {
+  std::lock_guard<std::mutex> lock(gMutex);
+  gLines.clear();
+  gCapturing = on;
+}
+
 }  // namespace
 
-#define TEST_NAME(method) Java_com_orvan_media_effects_renderer_render_FiltersRenderTest_##method
+#define TEST_NAME(method)                \
+  __attribute__((visibility("default"))) \
+  Java_com_orvan_media_effects_renderer_render_FiltersRenderTest_##method
 
 extern "C" {
 
-__attribute__((visibility("default"))) void TEST_NAME(logStart)(JNIEnv*, jclass) {
-  {
-    std::lock_guard<std::mutex> lock(gMutex);
-    gLines.clear();
-    gCapturing = true;
-  }
+void TEST_NAME(logStart)(JNIEnv*, jclass) {
+  setCapturing(true);
   __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
   __android_log_set_logger(capture);
 }
 
-__attribute__((visibility("default"))) void TEST_NAME(logStop)(JNIEnv*, jclass) {
-  std::lock_guard<std::mutex> lock(gMutex);
-  gCapturing = false;
-  gLines.clear();
-}
+void TEST_NAME(logStop)(JNIEnv*, jclass) { setCapturing(false); }
 
-__attribute__((visibility("default"))) jint TEST_NAME(logCount)(JNIEnv* env, jclass, jstring text) {
+jint TEST_NAME(logCount)(JNIEnv* env, jclass, jstring text) {
   const char* chars = env->GetStringUTFChars(text, nullptr);
   std::string wanted = chars != nullptr ? chars : "";
   if (chars != nullptr) env->ReleaseStringUTFChars(text, chars);
@@ -53,12 +53,12 @@ __attribute__((visibility("default"))) jint TEST_NAME(logCount)(JNIEnv* env, jcl
   return n;
 }
 
-__attribute__((visibility("default"))) jlong TEST_NAME(addressOf)(JNIEnv* env, jclass, jobject buffer) {
+jlong TEST_NAME(addressOf)(JNIEnv* env, jclass, jobject buffer) {
   return static_cast<jlong>(reinterpret_cast<intptr_t>(env->GetDirectBufferAddress(buffer)));
 }
 
-__attribute__((visibility("default"))) void TEST_NAME(useCacheDirectory)(JNIEnv* env, jclass, jstring dir) {
-  // null restores the build's default directory.
+// null restores the build's default directory.
+void TEST_NAME(useCacheDirectory)(JNIEnv* env, jclass, jstring dir) {
   const char* chars = dir != nullptr ? env->GetStringUTFChars(dir, nullptr) : nullptr;
   GPUScript::setCacheDirectory(chars);
   if (chars != nullptr) env->ReleaseStringUTFChars(dir, chars);

@@ -195,6 +195,10 @@ TEST_F(GPUFramebufferTest, StatusWordsAndTargetHelper) {
                                         GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME, &attached);
   EXPECT_EQ(static_cast<unsigned>(attached), image->getTexture());
   EXPECT_TRUE(cap.texts().empty());
+  // Luminance is not colour-renderable: an incomplete attachment (0x8cd6).
+  auto_ptr<GPUImage2D> grey(new GPUImage2D(ctx, 2, 2, 1));
+  GPUFramebuffer::setFramebufferTarget(fb, grey);
+  EXPECT_EQ(cap.count("Framebuffer: glFramebufferTexture2D is INCOMPLETE: attachment, 8cd6\n"), 1);
   // A null framebuffer (or image) unbinds.
   GPUFramebuffer::setFramebufferTarget(nullptr, image.get());
   glGetIntegerv(GL_FRAMEBUFFER_BINDING, &bound);

@@ -1,9 +1,10 @@
 // The JNI entry points called directly with objects made in the JVM: their
-// log lines, what they do with objects of the wrong class, and the host
-// bitmap library underneath the blur entry.
+// log lines, what they do with callers of the wrong class, and the host
+// bitmap library underneath the bitmap entries.
 #include <android/bitmap.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -12,18 +13,21 @@
 #include "jni/SuperCaptureMode.h"
 #include "support/LogCapture.h"
 
+#define SCM(name) Java_com_orvan_media_supercapture_mode_SuperCaptureMode_##name
+#define PANO(name) Java_com_orvan_media_effects_pano_PanoramaModule_##name
+
 extern "C" {
-jint Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate(JNIEnv*, jobject, jint, jint, jint);
-void Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeProcess(JNIEnv*, jobject, jint,
-                                                                           jbyteArray);
-void Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeDestroy(JNIEnv*, jobject, jint);
-jlong Java_com_orvan_media_effects_pano_PanoramaModule_nativeCreate(JNIEnv*, jobject, jint, jint, jint);
-jint Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess(JNIEnv*, jobject, jlong, jbyteArray,
-                                                                    jfloat, jfloat);
-void Java_com_orvan_media_effects_pano_PanoramaModule_nativeDestroy(JNIEnv*, jobject, jlong);
+jint SCM(nativeCreate)(JNIEnv*, jobject, jint, jint, jint);
+void SCM(nativeProcess)(JNIEnv*, jobject, jint, jbyteArray);
+void SCM(nativeDestroy)(JNIEnv*, jobject, jint);
+jlong PANO(nativeCreate)(JNIEnv*, jobject, jint, jint, jint);
+jint PANO(nativeProcess)(JNIEnv*, jobject, jlong, jbyteArray, jfloat, jfloat);
+void PANO(nativeDestroy)(JNIEnv*, jobject, jlong);
 }
 
 namespace {
+
+const std::string kPano = "Java_com_orvan_media_effects_pano_PanoramaModule_";
 
 jobject plainObject(JNIEnv* env) {
   jclass c = env->FindClass("java/lang/Object");
@@ -57,38 +61,28 @@ jobject newBitmap(JNIEnv* env, int w, int h, const char* config) {
 
 }  // namespace
 
-TEST(ResultCallback, MissingTargetsAreLoggedWithoutAnException) {
-  JNIEnv* env = testJniEnv();
-  LocalFrame frame(env);
-  LogCapture cap;
-  onResultCallback(env, plainObject(env), 2.8f, 2);
-  EXPECT_FALSE(env->ExceptionCheck());
-  EXPECT_EQ(1, cap.count("method onResultCallback is not found!"));
-  onResultCallback(env, nullptr, 2.8f, 2);
-  EXPECT_EQ(1, cap.count("env or object is null, env:" + pointerText(env) + ", object:(nil)"));
-}
-
-TEST(SuperCaptureModeJni, LogsAndSurvivesACallerWithoutTheCallback) {
+TEST(SuperCaptureModeJni, ACallerWithoutTheCallbackIsLoggedAndSurvives) {
   JNIEnv* env = testJniEnv();
   LocalFrame frame(env);
   LogCapture cap;
   jobject caller = plainObject(env);
-  jint h = Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate(env, caller, 16, 8, 17);
+  jint h = SCM(nativeCreate)(env, caller, 16, 8, 17);
   ASSERT_NE(0, h);
-  EXPECT_EQ(
-      1,
-      cap.count("Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate  width:16, height:8, "
-                "format:17\n"));
+  EXPECT_EQ(1, cap.count("Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate  width:16, "
+                         "height:8, format:17\n"));
   EXPECT_EQ(1, cap.count("m_Width:16, m_Height:8\n"));
 
   jbyteArray bright = filledArray(env, 16 * 8 * 3 / 2, 90);
-  Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeProcess(env, caller, h, bright);
+  SCM(nativeProcess)(env, caller, h, bright);
   EXPECT_FALSE(env->ExceptionCheck());
   EXPECT_EQ(1, cap.count("method onResultCallback is not found!"));
   // The suggestion still counted: the same scene does not try again.
-  Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeProcess(env, caller, h, bright);
+  SCM(nativeProcess)(env, caller, h, bright);
   EXPECT_EQ(1, cap.count("method onResultCallback is not found!"));
-  Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeDestroy(env, caller, h);
+  SCM(nativeDestroy)(env, caller, h);
+
+  onResultCallback(env, nullptr, 2.8f, 2);
+  EXPECT_EQ(1, cap.count("env or object is null, env:" + pointerText(env) + ", object:(nil)"));
 }
 
 TEST(PanoramaModuleJni, LogLinesAndForeignCallers) {
@@ -96,36 +90,28 @@ TEST(PanoramaModuleJni, LogLinesAndForeignCallers) {
   LocalFrame frame(env);
   LogCapture cap;
   jobject caller = plainObject(env);
-  EXPECT_EQ(0, Java_com_orvan_media_effects_pano_PanoramaModule_nativeCreate(env, caller, 0, 48, 2));
-  jlong h = Java_com_orvan_media_effects_pano_PanoramaModule_nativeCreate(env, caller, 64, 48, 2);
+  EXPECT_EQ(0, PANO(nativeCreate)(env, caller, 0, 48, 2));
+  jlong h = PANO(nativeCreate)(env, caller, 64, 48, 2);
   ASSERT_NE(0, h);
-  EXPECT_EQ(1, cap.count("Java_com_orvan_media_effects_pano_PanoramaModule_nativeCreate width:64, height:48, "
-                         "format:2\n"));
-  EXPECT_EQ(1, cap.count("Java_com_orvan_media_effects_pano_PanoramaModule_nativeCreate width:0, height:48, "
-                         "format:2\n"));
+  for (const char* size : {"width:64", "width:0"})
+    EXPECT_EQ(1, cap.count(kPano + "nativeCreate " + size + ", height:48, format:2\n")) << size;
 
   jbyteArray data = filledArray(env, 64 * 48 * 3 / 2, 1);
-  EXPECT_EQ(3,
-            Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess(env, caller, h, data, 1.0f, 2.0f));
+  EXPECT_EQ(3, PANO(nativeProcess)(env, caller, h, data, 1.0f, 2.0f));
   // Accepted, but the caller has no offset fields to write: nothing breaks.
-  EXPECT_EQ(0,
-            Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess(env, caller, h, data, 1.0f, 0.5f));
+  EXPECT_EQ(0, PANO(nativeProcess)(env, caller, h, data, 1.0f, 0.5f));
   EXPECT_FALSE(env->ExceptionCheck());
-  std::string prefix = "Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess pano_handle:" +
-                       pointerText(reinterpret_cast<void*>(h)) + ", data:";
-  EXPECT_EQ(2, cap.countPrefix(prefix));
+  std::string handle = pointerText(reinterpret_cast<void*>(h));
+  EXPECT_EQ(2, cap.countPrefix(kPano + "nativeProcess pano_handle:" + handle + ", data:"));
   // Handle 0 is not an error.
+  EXPECT_EQ(0, PANO(nativeProcess)(env, caller, 0, nullptr, 1.0f, 2.0f));
   EXPECT_EQ(
-      0, Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess(env, caller, 0, nullptr, 1.0f, 2.0f));
-  EXPECT_EQ(1, cap.count("Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess pano_handle:(nil), "
-                         "data:(nil), gyroX:1.000000, gyroY:2.000000\n"));
+      1, cap.count(kPano + "nativeProcess pano_handle:(nil), data:(nil), gyroX:1.000000, gyroY:2.000000\n"));
 
-  Java_com_orvan_media_effects_pano_PanoramaModule_nativeDestroy(env, caller, h);
-  EXPECT_EQ(1, cap.count("Java_com_orvan_media_effects_pano_PanoramaModule_nativeDestroy  pano_handle:" +
-                         pointerText(reinterpret_cast<void*>(h)) + "\n"));
-  Java_com_orvan_media_effects_pano_PanoramaModule_nativeDestroy(env, caller, 0);
-  EXPECT_EQ(1,
-            cap.count("Java_com_orvan_media_effects_pano_PanoramaModule_nativeDestroy  pano_handle:(nil)\n"));
+  PANO(nativeDestroy)(env, caller, h);
+  PANO(nativeDestroy)(env, caller, 0);
+  for (const std::string& shown : {handle, std::string("(nil)")})
+    EXPECT_EQ(1, cap.count(kPano + "nativeDestroy  pano_handle:" + shown + "\n")) << shown;
 }
 
 TEST(HostBitmap, InfoAndLockedPixels) {
@@ -143,19 +129,16 @@ TEST(HostBitmap, InfoAndLockedPixels) {
   void* pixels = nullptr;
   ASSERT_EQ(ANDROID_BITMAP_RESULT_SUCCESS, AndroidBitmap_lockPixels(env, argb, &pixels));
   ASSERT_NE(nullptr, pixels);
-  // Pixel (1, 2) as R, G, B, A in memory reads back as ARGB.
-  unsigned char* p = static_cast<unsigned char*>(pixels) + 2 * 20 + 4;
-  p[0] = 0x11;
-  p[1] = 0x22;
-  p[2] = 0x33;
-  p[3] = 0x44;
+  // Pixel (1, 2) written as R, G, B, A in memory reads back as ARGB.
+  const unsigned char rgba[4] = {0x11, 0x22, 0x33, 0x44};
+  std::copy(rgba, rgba + 4, static_cast<unsigned char*>(pixels) + 2 * 20 + 4);
   EXPECT_EQ(ANDROID_BITMAP_RESULT_SUCCESS, AndroidBitmap_unlockPixels(env, argb));
   jmethodID getPixel = env->GetMethodID(env->GetObjectClass(argb), "getPixel", "(II)I");
   EXPECT_EQ(static_cast<jint>(0x44112233), env->CallIntMethod(argb, getPixel, 1, 2));
   EXPECT_FALSE(env->ExceptionCheck());
 
-  jobject rgb565 = newBitmap(env, 4, 4, "RGB_565");
-  ASSERT_EQ(ANDROID_BITMAP_RESULT_SUCCESS, AndroidBitmap_getInfo(env, rgb565, &info));
+  ASSERT_EQ(ANDROID_BITMAP_RESULT_SUCCESS,
+            AndroidBitmap_getInfo(env, newBitmap(env, 4, 4, "RGB_565"), &info));
   EXPECT_EQ(ANDROID_BITMAP_FORMAT_RGB_565, info.format);
   EXPECT_EQ(8u, info.stride);
 

@@ -27,6 +27,10 @@ class BlurRenderTest {
     return (alpha * c + p * (256 - alpha)) >> 8;
   }
 
+  private static int grey(int c) {
+    return 0xff000000 | c << 16 | c << 8 | c;
+  }
+
   @Test
   void uniformBitmapComesBackTinted() {
     // A uniform picture is its own blur when (radius + 1)^2 divides evenly
@@ -40,28 +44,29 @@ class BlurRenderTest {
   }
 
   @Test
-  void lastPixelsBeyondWholeGroupsOfEightStayUntinted() {
+  void blurSpreadsABrightPixel() {
+    // One row through radius 1: weights 1 2 1 (sum x 512 >> 11 divides by 4);
+    // the vertical pass over a single row changes nothing. Alpha 1 over black
+    // then scales every channel by 255/256.
+    Bitmap b = filled(8, 1, 0xff000000);
+    b.setPixel(4, 0, 0xffc8c8c8); // 200
+    assertEquals(0, render.process(b, 1, 0, 1));
+    int[] blurred = {0, 0, 0, 50, 100, 50, 0, 0};
+    for (int x = 0; x < 8; x++) assertEquals(grey(tint(blurred[x], 0, 1)), b.getPixel(x, 0), "x " + x);
+  }
+
+  /** Only whole groups of eight pixels of the caller's width x height are tinted. */
+  @Test
+  void tailBeyondWholeGroupsOfEightAndTheCallersSize() {
     Bitmap b = filled(5, 3, 0xff204060);
     assertEquals(0, render.process(b, 0, 0xffffff, 200));
     int tinted = 0xff000000 | (tint(0x20, 255, 200) << 16) | (tint(0x40, 255, 200) << 8) | tint(0x60, 255, 200);
-    for (int i = 0; i < 15; i++) {
-      assertEquals(i < 8 ? tinted : 0xff204060, b.getPixel(i % 5, i / 5), "pixel " + i);
-    }
-  }
-
-  @Test
-  void blurSpreadsABrightPixel() {
-    // One row through radius 1: weights 1 2 1 (sum x 512 >> 11 divides by 4);
-    // the vertical pass over a single row replicates it and changes nothing.
-    Bitmap b = filled(8, 1, 0xff000000);
-    b.setPixel(4, 0, 0xffc8c8c8); // 200
-    // alpha 1 over black scales every channel by 255/256.
-    assertEquals(0, render.process(b, 1, 0, 1));
-    int[] blurred = {0, 0, 0, 50, 100, 50, 0, 0};
-    for (int x = 0; x < 8; x++) {
-      int c = tint(blurred[x], 0, 1);
-      assertEquals(0xff000000 | c << 16 | c << 8 | c, b.getPixel(x, 0), "x " + x);
-    }
+    for (int i = 0; i < 15; i++) assertEquals(i < 8 ? tinted : 0xff204060, b.getPixel(i % 5, i / 5), "pixel " + i);
+    // 4 x 2 of an 8 x 8 bitmap covers its first 8 pixels.
+    Bitmap part = filled(8, 8, grey(100));
+    assertEquals(0, render.nativeProcess(part, 4, 2, 0, 0, 128));
+    for (int i = 0; i < 64; i++)
+      assertEquals(grey(i < 8 ? tint(100, 0, 128) : 100), part.getPixel(i % 8, i / 8), "pixel " + i);
   }
 
   @Test
@@ -71,9 +76,9 @@ class BlurRenderTest {
     Bitmap padded = Bitmap.createPaddedBitmap(8, 8, 8 * 4 + 16, Bitmap.Config.ARGB_8888);
     padded.setPixel(3, 3, 0xff808080);
     Bitmap small = filled(8, 8, 0xff406080);
-    Bitmap[] bitmaps = {rgb565, padded, small, small, small, small};
+    Bitmap[] bitmaps = {rgb565, padded, small, small, small, small, small, small};
     int[][] args = { // width, height, radius
-      {8, 8, 2}, {8, 8, 2}, {8, 9, 2}, {16, 8, 2}, {8, 8, 255}, {8, 8, -1}
+      {8, 8, 2}, {8, 8, 2}, {8, 9, 2}, {16, 8, 2}, {8, 8, 255}, {8, 8, -1}, {0, 8, 2}, {8, -3, 2}
     };
     for (int i = 0; i < bitmaps.length; i++) {
       byte[] before = bytes(bitmaps[i]);
@@ -81,21 +86,7 @@ class BlurRenderTest {
       assertArrayEquals(before, bytes(bitmaps[i]), "case " + i);
       assertEquals(0, bitmaps[i].getLockCount());
     }
-    assertEquals(0, render.nativeProcess(small, 0, 8, 2, 0x102030, 100));
-    assertEquals(0, render.nativeProcess(small, 8, -3, 2, 0x102030, 100));
-    assertArrayEquals(bytes(filled(8, 8, 0xff406080)), bytes(small));
     // No bitmap at all: nothing locked, and the unlock says so.
     assertEquals(-1, render.nativeProcess(null, 8, 8, 2, 0, 0));
-  }
-
-  @Test
-  void partOfTheBitmapCanBeProcessed() {
-    // The caller's size rules: 4 x 2 of an 8 x 8 bitmap covers its first 8 pixels.
-    Bitmap b = filled(8, 8, 0xff646464);
-    assertEquals(0, render.nativeProcess(b, 4, 2, 0, 0, 128));
-    for (int i = 0; i < 64; i++) {
-      int c = i < 8 ? tint(100, 0, 128) : 100;
-      assertEquals(0xff000000 | c << 16 | c << 8 | c, b.getPixel(i % 8, i / 8), "pixel " + i);
-    }
   }
 }

@@ -1,12 +1,10 @@
 package com.orvan.media.supercapture.mode;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertNotEquals;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.util.ArrayList;
 import java.util.Arrays;
-import java.util.HashSet;
 import java.util.List;
 import java.util.Set;
 import java.util.concurrent.ConcurrentHashMap;
@@ -28,6 +26,11 @@ class SuperCaptureModeTest {
     protected void onResultCallback(float value, int level) {
       calls.add(new float[] {value, level});
     }
+
+    void assertCall(int index, float value, int level) {
+      assertEquals(value, calls.get(index)[0]);
+      assertEquals(level, (int) calls.get(index)[1]);
+    }
   }
 
   private final Recorder mode = new Recorder();
@@ -37,7 +40,7 @@ class SuperCaptureModeTest {
     mode.destroy();
   }
 
-  /** A preview frame (luma plus chroma) whose luma is all `luma`; chroma is noise that must not count. */
+  /** A preview frame whose luma is all `luma`; the chroma is noise that must not count. */
   private static byte[] frame(int luma) {
     byte[] f = new byte[W * H * 3 / 2];
     Arrays.fill(f, 0, W * H, (byte) luma);
@@ -45,123 +48,86 @@ class SuperCaptureModeTest {
     return f;
   }
 
-  @Test
-  void darkSceneNeverReports() {
+  /** A constant scene is reported once, on its first frame; 10 (value 0 here) never is. */
+  @ParameterizedTest
+  @CsvSource({
+    "10, 0, 0", "11, 2.0, 2", "29, 2.0, 2", "30, 2.8, 2", "39, 2.8, 2", "40, 4.0, 1", "59, 4.0, 1",
+    "60, 5.6, 0", "79, 5.6, 0", "80, 8.0, -1", "99, 8.0, -1", "100, 11.0, -1", "119, 11.0, -1",
+    "120, 16.0, -2", "139, 16.0, -2", "140, 22.0, -2", "255, 22.0, -2"
+  })
+  void everyRowOfTheTable(int luma, float value, int level) {
     assertTrue(mode.create(W, H, 17));
-    for (int i = 0; i < 40; i++) mode.process(frame(10));
-    assertEquals(0, mode.calls.size());
-  }
-
-  @Test
-  void firstBrightEnoughFrameReportsOnce() {
-    assertTrue(mode.create(W, H, 17));
-    mode.process(frame(30));
-    assertEquals(1, mode.calls.size());
-    assertEquals(2.8f, mode.calls.get(0)[0]);
-    assertEquals(2.0f, mode.calls.get(0)[1]);
-    for (int i = 0; i < 20; i++) mode.process(frame(30));
-    assertEquals(1, mode.calls.size());
+    mode.process(frame(luma));
+    assertEquals(value == 0 ? 0 : 1, mode.calls.size());
+    if (value != 0) mode.assertCall(0, value, level);
+    for (int i = 0; i < 40; i++) mode.process(frame(luma));
+    assertEquals(value == 0 ? 0 : 1, mode.calls.size());
   }
 
   @Test
   void smoothedChangeBelowElevenIsIgnored() {
     assertTrue(mode.create(W, H, 17));
     mode.process(frame(50));
-    assertEquals(1, mode.calls.size());
     // Five frames of 60 bring the mean of the last five to 60: 10 away.
     for (int i = 0; i < 10; i++) mode.process(frame(60));
-    assertEquals(1, mode.calls.size());
-    // At 61 the mean is 11 away from 50.
+    // At 61 the mean is 11 away from 50 only once all five are 61.
     for (int i = 0; i < 4; i++) mode.process(frame(61));
     assertEquals(1, mode.calls.size());
     mode.process(frame(61));
     assertEquals(2, mode.calls.size());
-    assertEquals(5.6f, mode.calls.get(1)[0]);
-    assertEquals(0.0f, mode.calls.get(1)[1]);
-  }
-
-  @ParameterizedTest
-  @CsvSource({
-    "11, 2.0, 2", "29, 2.0, 2", "30, 2.8, 2", "39, 2.8, 2", "40, 4.0, 1", "59, 4.0, 1", "60, 5.6, 0",
-    "79, 5.6, 0", "80, 8.0, -1", "99, 8.0, -1", "100, 11.0, -1", "119, 11.0, -1", "120, 16.0, -2",
-    "139, 16.0, -2", "140, 22.0, -2", "255, 22.0, -2"
-  })
-  void everyRowOfTheTable(int luma, float value, int level) {
-    assertTrue(mode.create(W, H, 17));
-    mode.process(frame(luma));
-    assertEquals(1, mode.calls.size());
-    assertEquals(value, mode.calls.get(0)[0]);
-    assertEquals(level, (int) mode.calls.get(0)[1]);
+    mode.assertCall(1, 5.6f, 0);
   }
 
   @Test
-  void meanIsTruncated() {
+  void meanIsTruncatedAndRefusedInputsDoNotCount() {
     assertTrue(mode.create(2, 1, 17));
     // (40 + 19) / 2 = 29.5 truncates to 29: the first row, not the second.
     mode.process(new byte[] {40, 19, 0});
-    assertEquals(2.0f, mode.calls.get(0)[0]);
-  }
+    mode.assertCall(0, 2.0f, 2);
 
-  @Test
-  void refusedInputsLeaveTheMonitorUntouched() {
-    assertTrue(mode.create(W, H, 17));
-    mode.process(null);
-    mode.process(new byte[W * H - 1]);
-    assertEquals(0, mode.calls.size());
+    Recorder other = new Recorder();
+    assertTrue(other.create(W, H, 17));
+    other.process(null);
+    other.process(new byte[W * H - 1]);
+    assertEquals(0, other.calls.size());
     // Had the short array counted, the next frame's mean would differ.
-    mode.process(frame(40));
-    assertEquals(4.0f, mode.calls.get(0)[0]);
+    other.process(frame(40));
+    other.assertCall(0, 4.0f, 1);
+    other.destroy();
 
-    // A zero-sized monitor exists but ignores frames.
-    Recorder empty = new Recorder();
-    assertTrue(empty.create(0, 0, 17));
-    empty.process(frame(200));
-    assertEquals(0, empty.calls.size());
-    empty.destroy();
-
+    // Bad sizes make no monitor (a zero-sized one is tested natively).
     assertEquals(0, mode.nativeCreate(-1, 10, 0));
     assertEquals(0, mode.nativeCreate(65536, 65536, 0));
   }
 
+  /** Handles are ids from a table: distinct while live across threads; dead or invented ones do nothing. */
   @Test
-  void handlesAreDistinctAndUnknownOnesAreIgnored() {
-    Set<Integer> seen = new HashSet<>();
-    List<Integer> live = new ArrayList<>();
-    for (int i = 0; i < 50; i++) {
-      int h = mode.nativeCreate(W, H, 0);
-      assertNotEquals(0, h);
-      assertTrue(seen.add(h), "handle reused while live");
-      live.add(h);
+  void handles() throws InterruptedException {
+    Set<Integer> live = ConcurrentHashMap.newKeySet();
+    AtomicInteger clashes = new AtomicInteger();
+    Thread[] threads = new Thread[4];
+    for (int t = 0; t < threads.length; t++) {
+      threads[t] = new Thread(() -> {
+        for (int i = 0; i < 500; i++) {
+          int h = mode.nativeCreate(W, H, 0);
+          if (h == 0 || !live.add(h)) clashes.incrementAndGet();
+          if (i % 50 != 0) {
+            live.remove(h);
+            mode.nativeDestroy(h);
+          }
+        }
+      });
+      threads[t].start();
     }
-    int stale = live.get(0);
+    for (Thread t : threads) t.join();
+    assertEquals(0, clashes.get());
+    assertEquals(40, live.size());
+    int stale = live.iterator().next();
     for (int h : live) mode.nativeDestroy(h);
-    // A destroyed or invented handle does nothing, like 0.
     mode.nativeProcess(stale, frame(100));
     mode.nativeProcess(0, frame(100));
     mode.nativeDestroy(stale);
     mode.nativeDestroy(0);
     assertEquals(0, mode.calls.size());
-  }
-
-  @Test
-  void handlesFromManyThreadsStayApart() throws InterruptedException {
-    Set<Integer> live = ConcurrentHashMap.newKeySet();
-    AtomicInteger clashes = new AtomicInteger();
-    Thread[] threads = new Thread[4];
-    for (int t = 0; t < threads.length; t++) {
-      threads[t] =
-          new Thread(
-              () -> {
-                for (int i = 0; i < 500; i++) {
-                  int h = mode.nativeCreate(W, H, 0);
-                  if (h == 0 || !live.add(h)) clashes.incrementAndGet();
-                  live.remove(h);
-                  mode.nativeDestroy(h);
-                }
-              });
-      threads[t].start();
-    }
-    for (Thread t : threads) t.join();
-    assertEquals(0, clashes.get());
   }
 }
