@@ -42,5 +42,16 @@ constexpr bool tablesMatch() {
 }
 static_assert(tablesMatch(), "the table-free arithmetic must equal the tables entry for entry");
 
+// The luma term by a flooring (signed) multiply-high: x + floor(x * A / 2^16)
+// plus 1 for negative x, whose product is never a whole number.
+constexpr bool lumaFloorMatches() {
+  for (int i = 0; i < 256; ++i) {
+    const int x = i - 16;
+    if (colortables::kY[i] != x + ((x * kFracY) >> 16) + (x < 0 ? 1 : 0)) return false;
+  }
+  return true;
+}
+static_assert(lumaFloorMatches(), "the flooring luma term must equal the table");
+
 }  // namespace arith
 }  // namespace convert_row

@@ -30,6 +30,9 @@ inline int16_t mulTrunc(int16_t x, uint16_t a) {
   const auto h = static_cast<int16_t>((static_cast<uint32_t>(ax) * a) >> 16);
   return static_cast<int16_t>((h ^ m) - m);
 }
+// The luma term with a signed multiply-high, which floors: for x < 0 the
+// product is never whole, so trunc = floor + 1 (ConvertRowsArith.h proves it).
+inline int16_t lumaFloor(int16_t x) { return static_cast<int16_t>((static_cast<int32_t>(x) * kFracY) >> 16); }
 // (x * a) >> 16 for x >= 0: a multiply-high.
 inline int16_t mulHigh(uint16_t x, uint16_t a) {
   return static_cast<int16_t>((static_cast<uint32_t>(x) * a) >> 16);
@@ -49,7 +52,7 @@ struct Inverse {
 inline void lumaTerms(const uint8_t* __restrict y, Inverse& t) {
   for (int j = 0; j < kPx; ++j) {
     const auto x = static_cast<int16_t>(y[j] - 16);
-    t.l[j] = static_cast<int16_t>(x + mulTrunc(x, kFracY));
+    t.l[j] = static_cast<int16_t>(x + lumaFloor(x) - (x >> 15));
   }
 }
 
