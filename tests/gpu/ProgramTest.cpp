@@ -6,8 +6,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -45,18 +46,12 @@ struct CacheDir {
     return out;
   }
   Pixels read(const std::string& name) const {
-    Pixels out;
-    if (FILE* f = fopen((path + name).c_str(), "rb")) {
-      for (int c; (c = fgetc(f)) != EOF;) out.push_back(static_cast<unsigned char>(c));
-      fclose(f);
-    }
-    return out;
+    std::ifstream in(path + name, std::ios::binary);
+    return Pixels(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
   }
   void write(const std::string& name, const Pixels& bytes) const {
-    FILE* f = fopen((path + name).c_str(), "wb");
-    ASSERT_NE(f, nullptr);
-    if (!bytes.empty()) fwrite(bytes.data(), 1, bytes.size(), f);
-    fclose(f);
+    std::ofstream(path + name, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   }
   std::string path;
 };
@@ -192,7 +187,8 @@ TEST_F(GPUProgramTest, DefaultVerticesTurnAQuarter) {
   for (int y = 0; y < n; ++y) {
     for (int x = 0; x < n; ++x) {
       double X = (x + 0.5) * 2.0 / n - 1.0, Y = (y + 0.5) * 2.0 / n - 1.0;
-      int s = static_cast<int>(std::floor((Y + 1) / 2 * n)), t = static_cast<int>(std::floor((1 - X) / 2 * n));
+      int s = static_cast<int>(std::floor((Y + 1) / 2 * n)),
+          t = static_cast<int>(std::floor((1 - X) / 2 * n));
       EXPECT_EQ(memcmp(rgbaAt(px, n, x, y), rgbaAt(tex, n, s, t), 4), 0) << x << "," << y;
     }
   }

@@ -9,17 +9,6 @@
 
 using GPUImage2DTest = GpuTest;
 
-TEST_F(GPUImage2DTest, FormatCodesOutsideTheTable) {
-  // 5 is the external target with no format; unknown codes are 2D with no format.
-  EXPECT_EQ(GPUImage2D::selectTextureFormat(5), 0u);
-  EXPECT_EQ(GPUImage2D::selectTextureFormat(0), 0u);
-  EXPECT_EQ(GPUImage2D::selectTextureFormat(2), static_cast<unsigned>(GL_LUMINANCE_ALPHA));
-  for (int code : {4, 6, -1}) EXPECT_EQ(GPUImage2D::selectTextureTarget(code), 0x0DE1u) << code;
-  EXPECT_EQ(GPUImage3D::selectTextureTarget(1), 0x806Fu);
-  EXPECT_EQ(GPUImage3D::selectTextureTarget(5), 0x0DE1u);
-  EXPECT_EQ(GPUImage3D::selectTextureFormat(5), 0u);
-}
-
 // Upload through the pixel buffer and read back through the framebuffer.
 TEST_F(GPUImage2DTest, RgbaRoundTripAndSizeChecks) {
   const int w = 37, h = 23;  // odd sizes: no row padding hides anything
@@ -52,7 +41,8 @@ TEST_F(GPUImage2DTest, RgbaRoundTripAndSizeChecks) {
   ASSERT_TRUE(image->download(back.data(), static_cast<int>(back.size())));
   EXPECT_EQ(back, small);
   // The pixel-buffer path leaves no unpack, pack or frame buffer bound.
-  for (GLenum binding : {GL_PIXEL_UNPACK_BUFFER_BINDING, GL_PIXEL_PACK_BUFFER_BINDING, GL_FRAMEBUFFER_BINDING}) {
+  for (GLenum binding :
+       {GL_PIXEL_UNPACK_BUFFER_BINDING, GL_PIXEL_PACK_BUFFER_BINDING, GL_FRAMEBUFFER_BINDING}) {
     GLint bound = -1;
     glGetIntegerv(binding, &bound);
     EXPECT_EQ(bound, 0) << std::hex << binding;

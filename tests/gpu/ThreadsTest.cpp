@@ -31,7 +31,8 @@ TEST(GPUEngineThreadsTest, EnginesOnParallelThreads) {
           glClear(GL_COLOR_BUFFER_BIT);
           GPUFramebuffer::setFramebufferTarget(nullptr, nullptr);
           Pixels px(8 * 8 * 4);
-          if (!target->download(px.data(), static_cast<int>(px.size())) || px != filled(8, 8, want)) ++failures;
+          if (!target->download(px.data(), static_cast<int>(px.size())) || px != filled(8, 8, want))
+            ++failures;
         }
         stopEngine(engine);
       }

@@ -36,16 +36,19 @@ bool waitUntilTaken(SuperCapture* c) {
   return true;
 }
 
-int push(intptr_t handle, Bytes& pixels) {
-  unsigned char* planes[4] = {pixels.data(), nullptr, nullptr, nullptr};
-  return super_capture_module_push_frame(handle, planes);
-}
+// The four plane pointers of a one-plane frame.
+struct Planes {
+  explicit Planes(Bytes& b) : p{b.data(), nullptr, nullptr, nullptr} {}
+  operator unsigned char**() { return p; }
+  unsigned char* p[4];
+};
+
+int push(intptr_t handle, Bytes& pixels) { return super_capture_module_push_frame(handle, Planes(pixels)); }
 
 // Pops into a buffer one byte longer than the frame, pre-filled with 0xEE.
 Bytes pop(intptr_t handle, size_t frameBytes, int* rc = nullptr) {
   Bytes out(frameBytes + 1, 0xEE);
-  unsigned char* planes[4] = {out.data(), nullptr, nullptr, nullptr};
-  int r = super_capture_module_pop_frame(handle, planes);
+  int r = super_capture_module_pop_frame(handle, Planes(out));
   if (rc != nullptr) *rc = r;
   return out;
 }
@@ -116,16 +119,12 @@ TEST(SuperCapturePipeline, NewestFrameIsTakenFirstAndCarriesTheResult) {
   // Oldest to newest: bright, bright, dark. Taken newest first, the dark
   // frame picks the maximum merge.
   std::vector<Bytes> frames = {{100, 1, 100, 2}, {90, 5, 90, 0}, {20, 3, 20, 9}};
-  for (auto& f : frames) {
-    unsigned char* planes[4] = {f.data(), nullptr, nullptr, nullptr};
-    ASSERT_EQ(c.pushFrame(planes), 0);
-  }
+  for (auto& f : frames) ASSERT_EQ(c.pushFrame(Planes(f)), 0);
   EXPECT_EQ(c.getQueuedCount(), 3u);
   ASSERT_EQ(c.launch(), 0);
   ASSERT_TRUE(waitUntilTaken(&c));
   Bytes out(4, 0);
-  unsigned char* planes[4] = {out.data(), nullptr, nullptr, nullptr};
-  EXPECT_EQ(c.popFrame(planes), 0);
+  EXPECT_EQ(c.popFrame(Planes(out)), 0);
   EXPECT_EQ(cap.count("SuperCapture::run lum:20 select scheme"), 1);
   EXPECT_EQ(out, (Bytes{100, 5, 100, 9}));
   // The merged picture is written into the last frame taken: the oldest (id 1).
@@ -139,17 +138,14 @@ TEST(SuperCapturePipeline, NewestFrameIsTakenFirstAndCarriesTheResult) {
 TEST(SuperCapturePipeline, FrameIdsFollowTheQueueLength) {
   DeferredCapture c;
   ASSERT_EQ(c.init(1, 1, 1), 0);
-  Bytes px = {30, 30};
-  unsigned char* planes[4] = {px.data(), nullptr, nullptr, nullptr};
-  c.pushFrame(planes);
-  c.pushFrame(planes);
+  Bytes px = {30, 30}, out(2);
+  c.pushFrame(Planes(px));
+  c.pushFrame(Planes(px));
   ASSERT_EQ(c.launch(), 0);
   ASSERT_TRUE(waitUntilTaken(&c));
-  c.pushFrame(planes);  // the queue is empty again: id 1 repeats
+  c.pushFrame(Planes(px));  // the queue is empty again: id 1 repeats
   ASSERT_TRUE(waitUntilTaken(&c));
-  Bytes out(2);
-  unsigned char* outPlanes[4] = {out.data(), nullptr, nullptr, nullptr};
-  c.popFrame(outPlanes);
+  c.popFrame(Planes(out));
   EXPECT_EQ(c.getResultFrame()->id, 1u);
   c.final();
 }
@@ -157,7 +153,8 @@ TEST(SuperCapturePipeline, FrameIdsFollowTheQueueLength) {
 TEST(SuperCapturePipeline, InitRefusesBadArgumentsAndLogs) {
   LogCapture cap;
   // The last: the accumulator would need 2^32 bytes.
-  const int bad[][3] = {{640, 480, 2}, {0, 480, 1}, {640, 0, 1}, {640, 480, 0}, {-640, 480, 1}, {65536, 8192, 1}};
+  const int bad[][3] = {{640, 480, 2}, {0, 480, 1},    {640, 0, 1},
+                        {640, 480, 0}, {-640, 480, 1}, {65536, 8192, 1}};
   for (const auto& b : bad) EXPECT_EQ(super_capture_module_init(b[0], b[1], b[2]), 0) << b[0] << "x" << b[1];
   EXPECT_EQ(cap.count("super_capture_module_init   width:640, height:480, format:2\n"), 1);
   EXPECT_EQ(cap.count("super_capture_module_init   width:-640, height:480, format:1\n"), 1);
@@ -213,17 +210,26 @@ TEST(SuperCapturePipeline, OneBurstLogsEveryStepInOrder) {
   super_capture_module_destroy(h);
 
   const std::string hs = std::to_string(h), nil = ", planes[1]:(nil), planes[2]:(nil), planes[3]:(nil)";
-  const std::string pop = "SuperCapture::popFrame ..................... ", fin = "SuperCapture::final .....................  ";
+  const std::string pop = "SuperCapture::popFrame ..................... ",
+                    fin = "SuperCapture::final .....................  ";
   const std::vector<std::string> caller = {
       "super_capture_module_init   width:2, height:2, format:1\n",
       "SuperSensor::init ..............................................\n",
       "super_capture_module_push_frame   handle:" + hs + ", planes[0]:" + hex(px.data()) + nil + "\n",
-      "SuperSensor::pushFrame ..............................................planes[0]:" + hex(px.data()) + nil +
-          " \n",
+      "SuperSensor::pushFrame ..............................................planes[0]:" + hex(px.data()) +
+          nil + " \n",
       "SuperCapture::pushFrame success\n",
       "super_capture_module_pop_frame   handle:" + hs + ", planes[0]:" + hex(out.data()) + nil + "\n",
-      "SuperCapture::popFrame .....................0", pop + "1", pop + "2", pop + "3", pop + "4",
-      "super_capture_module_destroy   handle:" + hs + "\n", fin + "1", fin + "2", fin + "3", fin + "4",
+      "SuperCapture::popFrame .....................0",
+      pop + "1",
+      pop + "2",
+      pop + "3",
+      pop + "4",
+      "super_capture_module_destroy   handle:" + hs + "\n",
+      fin + "1",
+      fin + "2",
+      fin + "3",
+      fin + "4",
       "super_capture_module_destroy   handle:" + hs + "   2\n",
   };
   const std::vector<std::string> worker = {
@@ -231,7 +237,8 @@ TEST(SuperCapturePipeline, OneBurstLogsEveryStepInOrder) {
       "SuperCapture::run lum:30 select scheme",
       "SuperCaptureHighLightScheme::process ............................ m_Count:0\n",
       // Closing lines: once pop has closed the burst, before pop stops waiting.
-      "Scheme return result\n", "SuperCaptureHighLightScheme::getResult ............................ m_Count:1\n"};
+      "Scheme return result\n",
+      "SuperCaptureHighLightScheme::getResult ............................ m_Count:1\n"};
   // The worker's lines interleave with the caller's; take them apart.
   std::vector<std::string> callerSeen, workerSeen;
   const auto texts = cap.texts();
