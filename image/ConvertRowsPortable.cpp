@@ -9,9 +9,9 @@
 // loops read and write the bytes as they are and the compiler does the rest.
 // Baseline x86-64 (SSE2) has none, and the compiler would fall back to one
 // byte at a time; there pixels are instead built as 32-bit words and packed
-// to 3 bytes with 64-bit shifts and overlapping loads. That packing assumes
-// little-endian words; elsewhere without shuffles the kernels do nothing and
-// the C kernels do the whole row.
+// to 3 bytes with 64-bit shifts and overlapping loads and stores. That
+// packing assumes little-endian words; elsewhere without shuffles the kernels
+// do nothing and the C kernels do the whole row.
 #include <cstring>
 
 #include "image/ConvertRows.h"
@@ -99,13 +99,10 @@ inline void storeRGB(const Inverse& t, uint8_t* __restrict rgb) {
   uint64_t two[kPx / 2];  // two pixels in the low 48 bits
   memcpy(two, px, sizeof(two));
   for (int k = 0; k < kPx / 2; ++k) two[k] = (two[k] & 0xFFFFFFu) | ((two[k] >> 8) & 0xFFFFFF000000u);
-  uint64_t out[kPx * 3 / 8];  // four 48-bit pairs in three words
-  for (int g = 0; g < kPx / 8; ++g) {
-    out[3 * g] = two[4 * g] | two[4 * g + 1] << 48;
-    out[3 * g + 1] = two[4 * g + 1] >> 16 | two[4 * g + 2] << 32;
-    out[3 * g + 2] = two[4 * g + 2] >> 32 | two[4 * g + 3] << 16;
-  }
-  memcpy(rgb, out, sizeof(out));
+  // Each pair as 8 bytes, the next pair overwriting the 2 spare ones; the
+  // last pair as 6 so nothing lands past the block.
+  for (int k = 0; k < kPx / 2 - 1; ++k) memcpy(rgb + 6 * k, &two[k], 8);
+  memcpy(rgb + 6 * (kPx / 2 - 1), &two[kPx / 2 - 1], 6);
 }
 
 // Per-pixel forward terms of one block of RGB: Y (with its +16), U and V
