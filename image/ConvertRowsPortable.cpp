@@ -5,11 +5,13 @@
 // into SIMD code on their own at -O2/-O3. Bit-identical to the C kernels.
 //
 // Three bytes per pixel are the awkward part: a stride-3 byte access needs a
-// byte shuffle, which baseline x86-64 (SSE2) lacks, so the compiler would fall
-// back to one byte at a time there. Pixels are instead built as 32-bit words
-// and packed to 3 bytes with 64-bit shifts, which every target vectorises.
-// That packing assumes little-endian words; elsewhere the kernels do nothing
-// and the C kernels do the whole row.
+// byte shuffle. Where the compiler targets one (NEON, SSSE3 and later) the
+// loops read and write the bytes as they are and the compiler does the rest.
+// Baseline x86-64 (SSE2) has none, and the compiler would fall back to one
+// byte at a time; there pixels are instead built as 32-bit words and packed
+// to 3 bytes with 64-bit shifts and overlapping loads and stores. That
+// packing assumes little-endian words; elsewhere without shuffles the kernels
+// do nothing and the C kernels do the whole row.
 #include <cstring>
 
 #include "image/ConvertRows.h"
@@ -21,18 +23,19 @@ namespace {
 using namespace arith;
 
 constexpr bool kLittleEndian = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+#if defined(__ARM_NEON) || defined(__SSSE3__)
+constexpr bool kByteShuffles = true;
+#else
+constexpr bool kByteShuffles = false;
+#endif
+constexpr bool kUsable = kByteShuffles || kLittleEndian;
 constexpr int kPx = 64;  // pixels per block
 
-// sign(x) * ((|x| * a) >> 16), branch-free so it vectorises.
-inline int16_t mulTrunc(int16_t x, uint16_t a) {
-  const int16_t m = static_cast<int16_t>(x >> 15);
-  const auto ax = static_cast<uint16_t>((x ^ m) - m);
-  const auto h = static_cast<int16_t>((static_cast<uint32_t>(ax) * a) >> 16);
-  return static_cast<int16_t>((h ^ m) - m);
+// Signed multiply-high, which floors; the terms add 1 for negative x, i.e.
+// subtract x >> 15 (ConvertRowsArith.h proves the forms against the tables).
+inline int16_t floorHigh(int16_t x, int a) {
+  return static_cast<int16_t>((static_cast<int32_t>(x) * a) >> 16);
 }
-// The luma term with a signed multiply-high, which floors: for x < 0 the
-// product is never whole, so trunc = floor + 1 (ConvertRowsArith.h proves it).
-inline int16_t lumaFloor(int16_t x) { return static_cast<int16_t>((static_cast<int32_t>(x) * kFracY) >> 16); }
 // (x * a) >> 16 for x >= 0: a multiply-high.
 inline int16_t mulHigh(uint16_t x, uint16_t a) {
   return static_cast<int16_t>((static_cast<uint32_t>(x) * a) >> 16);
@@ -52,7 +55,7 @@ struct Inverse {
 inline void lumaTerms(const uint8_t* __restrict y, Inverse& t) {
   for (int j = 0; j < kPx; ++j) {
     const auto x = static_cast<int16_t>(y[j] - 16);
-    t.l[j] = static_cast<int16_t>(x + lumaFloor(x) - (x >> 15));
+    t.l[j] = static_cast<int16_t>(x + floorHigh(x, kFracY) - (x >> 15));
   }
 }
 
@@ -63,9 +66,10 @@ inline void chromaTerms(const uint8_t* __restrict u, const uint8_t* __restrict v
   for (int q = 0; q < kPx / Spread; ++q) {
     const auto ux = static_cast<int16_t>(u[Step * q] - 128);
     const auto vx = static_cast<int16_t>(v[Step * q] - 128);
-    const auto rv = static_cast<int16_t>(vx + mulTrunc(vx, kFracRV));
-    const auto gvu = static_cast<int16_t>(mulTrunc(vx, kFracGV) + mulTrunc(ux, kFracGU));
-    const auto bu = static_cast<int16_t>(2 * ux + mulTrunc(ux, kFracBU));
+    const auto vn = static_cast<int16_t>(vx >> 15), un = static_cast<int16_t>(ux >> 15);
+    const auto rv = static_cast<int16_t>(2 * vx + floorHigh(vx, kFloorRV) - vn);
+    const auto gvu = static_cast<int16_t>(vx + floorHigh(vx, kFloorGV) - vn + floorHigh(ux, kFracGU) - un);
+    const auto bu = static_cast<int16_t>(2 * ux + floorHigh(ux, kFracBU) - un);
     for (int k = 0; k < Spread; ++k) {
       t.rv[Spread * q + k] = rv;
       t.gvu[Spread * q + k] = gvu;
@@ -76,6 +80,15 @@ inline void chromaTerms(const uint8_t* __restrict u, const uint8_t* __restrict v
 
 // Writes the block's kPx pixels as 3 * kPx bytes.
 inline void storeRGB(const Inverse& t, uint8_t* __restrict rgb) {
+  if constexpr (kByteShuffles) {
+    for (int j = 0; j < kPx; ++j) {
+      const int16_t l = t.l[j];
+      rgb[3 * j] = static_cast<uint8_t>(clampByte(static_cast<int16_t>(l + t.rv[j])));
+      rgb[3 * j + 1] = static_cast<uint8_t>(clampByte(static_cast<int16_t>(l - t.gvu[j])));
+      rgb[3 * j + 2] = static_cast<uint8_t>(clampByte(static_cast<int16_t>(l + t.bu[j])));
+    }
+    return;
+  }
   uint32_t px[kPx];  // R | G << 8 | B << 16
   for (int j = 0; j < kPx; ++j) {
     const int16_t l = t.l[j];
@@ -86,13 +99,10 @@ inline void storeRGB(const Inverse& t, uint8_t* __restrict rgb) {
   uint64_t two[kPx / 2];  // two pixels in the low 48 bits
   memcpy(two, px, sizeof(two));
   for (int k = 0; k < kPx / 2; ++k) two[k] = (two[k] & 0xFFFFFFu) | ((two[k] >> 8) & 0xFFFFFF000000u);
-  uint64_t out[kPx * 3 / 8];  // four 48-bit pairs in three words
-  for (int g = 0; g < kPx / 8; ++g) {
-    out[3 * g] = two[4 * g] | two[4 * g + 1] << 48;
-    out[3 * g + 1] = two[4 * g + 1] >> 16 | two[4 * g + 2] << 32;
-    out[3 * g + 2] = two[4 * g + 2] >> 32 | two[4 * g + 3] << 16;
-  }
-  memcpy(rgb, out, sizeof(out));
+  // Each pair as 8 bytes, the next pair overwriting the 2 spare ones; the
+  // last pair as 6 so nothing lands past the block.
+  for (int k = 0; k < kPx / 2 - 1; ++k) memcpy(rgb + 6 * k, &two[k], 8);
+  memcpy(rgb + 6 * (kPx / 2 - 1), &two[kPx / 2 - 1], 6);
 }
 
 // Per-pixel forward terms of one block of RGB: Y (with its +16), U and V
@@ -103,6 +113,15 @@ struct Forward {
 
 // Reads 3 * kPx bytes: the packing of storeRGB backwards.
 inline void forwardTerms(const uint8_t* __restrict rgb, Forward& f) {
+  if constexpr (kByteShuffles) {
+    for (int j = 0; j < kPx; ++j) {
+      const uint16_t r = rgb[3 * j], g = rgb[3 * j + 1], b = rgb[3 * j + 2];
+      f.y[j] = static_cast<int16_t>(mulHigh(r, kMulYR) + mulHigh(g, kMulYG) + mulHigh(b, kMulYB) + 16);
+      f.u[j] = static_cast<int16_t>(mulHigh(b, kMulUB) - mulHigh(r, kMulUR) - mulHigh(g, kMulUG));
+      f.v[j] = static_cast<int16_t>(mulHigh(r, kMulUB) - mulHigh(g, kMulVG) - mulHigh(b, kMulVB));
+    }
+    return;
+  }
   uint64_t two[kPx / 2];
   for (int k = 0; k < kPx / 2 - 1; ++k) {
     uint64_t t;
@@ -183,18 +202,18 @@ int rgbToNVBlocks(const uint8_t* __restrict rgb0, const uint8_t* __restrict rgb1
 }  // namespace
 
 int NVQuadToRGBRow_Portable(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int quads, int uOffset) {
-  if (!kLittleEndian) return 0;
+  if (!kUsable) return 0;
   return uOffset == 0 ? nvQuadToRGB<0>(y, chroma, rgb, quads) : nvQuadToRGB<1>(y, chroma, rgb, quads);
 }
 
 int Packed422ToRGBRow_Portable(const uint8_t* src, uint8_t* rgb, int pairs, int uOffset) {
-  if (!kLittleEndian) return 0;
+  if (!kUsable) return 0;
   return uOffset == 1 ? packed422ToRGB<1>(src, rgb, pairs) : packed422ToRGB<3>(src, rgb, pairs);
 }
 
 int RGBToNVBlockRow_Portable(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1,
                              uint8_t* chroma, int blocks, int uOffset) {
-  if (!kLittleEndian) return 0;
+  if (!kUsable) return 0;
   return uOffset == 0 ? rgbToNVBlocks<0>(rgb0, rgb1, y0, y1, chroma, blocks)
                       : rgbToNVBlocks<1>(rgb0, rgb1, y0, y1, chroma, blocks);
 }
