@@ -10,7 +10,7 @@
 #include "imgproc/Blur.h"
 #include "refocus/Refocus.h"
 #include "support/PictureWriter.h"
-#include "watermark/SamplePhoto.h"
+#include "support/SamplePhoto.h"
 
 namespace {
 

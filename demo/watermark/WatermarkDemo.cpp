@@ -6,7 +6,7 @@
 
 #include "image/ColorConvert.h"
 #include "support/PictureWriter.h"
-#include "watermark/SamplePhoto.h"
+#include "support/SamplePhoto.h"
 #include "watermark/TimestampWatermark.h"
 
 namespace {
