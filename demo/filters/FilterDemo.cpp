@@ -9,6 +9,7 @@
 
 #include "filters/ImageFilters.h"
 #include "image/FlatImage.h"
+#include "support/DemoArgs.h"
 #include "support/PictureWriter.h"
 #include "support/SamplePhoto.h"
 
@@ -125,10 +126,8 @@ bool runFilter(const char* name, const std::vector<uint8_t>& in, int w, int h, f
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) {
-    fprintf(stderr, "usage: %s <output folder>\n", argv[0]);
-    return 2;
-  }
+  std::string out;
+  if (!demo::outputFolder(argc, argv, &out)) return 2;
   const demo::RgbPhoto sample = demo::loadSamplePhoto("coffee.jpg");
   if (sample.width == 0) return 1;
   const int w = sample.width, h = sample.height;
@@ -190,11 +189,11 @@ int main(int argc, char** argv) {
     }
     drawText(sheet, sw, sh, x0, y0 + th + 5, tiles[i].label, 2);
   }
-  std::string out = std::string(argv[1]) + "/filters-contact-sheet.png";
-  if (!demo::writePng(out, sheet.data(), sw, sh, 3)) {
-    fprintf(stderr, "cannot write %s\n", out.c_str());
+  const std::string path = out + "/filters-contact-sheet.png";
+  if (!demo::writePng(path, sheet.data(), sw, sh, 3)) {
+    fprintf(stderr, "cannot write %s\n", path.c_str());
     return 1;
   }
-  printf("wrote %s (%d x %d, %zu filters)\n", out.c_str(), sw, sh, tiles.size() - 1);
+  printf("wrote %s (%d x %d, %zu filters)\n", path.c_str(), sw, sh, tiles.size() - 1);
   return 0;
 }

@@ -14,6 +14,7 @@
 #include "image/ColorConvert.h"
 #include "image/ImageDecoder.h"
 #include "image/ImageEncoder.h"
+#include "support/DemoArgs.h"
 #include "support/PictureWriter.h"
 #include "support/SamplePhoto.h"
 
@@ -34,8 +35,8 @@ bool png(const std::string& path, const Image* image, int channels) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) return fail("usage: demo-image <output folder>");
-  const std::string out = argv[1];
+  std::string out;
+  if (!demo::outputFolder(argc, argv, &out)) return 2;
   const std::string input = demo::samplePath("coffee.jpg");
 
   auto_ptr<Stream> in(new FileStream(input.c_str(), FileStream::FILE_MODE_READ));

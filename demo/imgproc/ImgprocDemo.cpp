@@ -6,6 +6,7 @@
 
 #include "imgproc/Blur.h"
 #include "imgproc/Lbp.h"
+#include "support/DemoArgs.h"
 #include "support/PictureWriter.h"
 #include "support/SamplePhoto.h"
 
@@ -24,11 +25,8 @@ bool save(const std::string& dir, const char* name, const unsigned char* px, int
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) {
-    fprintf(stderr, "usage: %s OUTPUT_DIR (samples from $OV_SAMPLES)\n", argv[0]);
-    return 2;
-  }
-  const std::string out = argv[1];
+  std::string out;
+  if (!demo::outputFolder(argc, argv, &out)) return 2;
   const demo::RgbPhoto photo = demo::loadSamplePhoto("coffee.jpg");
   if (photo.width == 0) return 1;
   const int w = photo.width, h = photo.height;
