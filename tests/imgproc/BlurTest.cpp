@@ -66,16 +66,33 @@ TEST(StackBlur, MatchesTriangularSumWithEdgeReplication) {
     }
 }
 
-TEST(StackBlur, RefusedArgumentsLeaveImageUnchanged) {
+// Bad radii, sizes, counts, strides and null buffers: nothing is touched.
+TEST(BlurRefusals, LeaveEveryBufferUnchanged) {
   std::mt19937 rng(8);
-  const Bytes orig = randomBytes(rng, 6 * 5 * 4);
+  const Bytes orig = randomBytes(rng, 9 * 60);
   Bytes px = orig;
-  for (int r : {-1, 255, 1000}) stack_blur(px.data(), 6, 5, r);
-  stack_blur(px.data(), 0, 5, 3);
-  stack_blur(px.data(), 6, -1, 3);
+  uint8_t* p = px.data();
+  for (int r : {-1, 255, 1000}) stack_blur(p, 6, 5, r);  // radius outside 0..254
+  stack_blur(p, 0, 5, 3);
+  stack_blur(p, 6, -1, 3);
   stack_blur(nullptr, 6, 5, 3);
-  stack_blur(px.data(), 65536, 65536, 3);  // byte count beyond 32 bits
+  stack_blur(p, 65536, 65536, 3);                                              // byte count beyond 32 bits
+  for (int n : {7, 1, 0, -7, -8, -100}) alpha_blend_neon(p, n, 0, 0, 0, 255);  // no whole group of eight
+  alpha_blend(p, -8, 0, 0, 0, 255);
+  alpha_blend_neon(p, 0x40000000, 0, 0, 0, 255);  // byte count beyond 32 bits
+  alpha_blend(p, 0x40000000, 0, 0, 0, 255);
+  alpha_blend(nullptr, 8, 0, 0, 0, 255);
+  alpha_blend_neon(nullptr, 8, 0, 0, 0, 255);
+  gaussiir(p, 4, 8, 1, 4, 3.0f, 3.0f);   // smaller side 4
+  gaussiir(p, 9, 8, 2, 17, 3.0f, 3.0f);  // stride too small
+  gaussiir(p, 9, 8, 5, 60, 3.0f, 3.0f);  // five channels
+  gaussiir(p, 9, 8, 1, 9, NAN, -1.0f);   // no direction to blur
+  gaussiir(nullptr, 9, 8, 1, 9, 3.0f, 3.0f);
   EXPECT_EQ(px, orig);
+  std::vector<uint32_t> src(12, 0x00123456u), dst(12, 7u);
+  fast_blur(src.data(), dst.data(), 4, 3, 0);  // radius below one
+  fast_blur(src.data(), dst.data(), 4, 3, -3);
+  EXPECT_EQ(dst, std::vector<uint32_t>(12, 7u));
 }
 
 TEST(GaussCoef, WorkedExamples) {
@@ -158,9 +175,4 @@ TEST(FastBlur, MatchesTwoTruncatedBoxAverages) {
       fast_blur(src.data(), dst.data(), w, h, radius);
       ASSERT_EQ(dst, expect) << w << "x" << h << " radius " << radius;
     }
-  // A radius below one writes nothing.
-  std::vector<uint32_t> src(12, 0x00123456u), dst(12, 7u);
-  fast_blur(src.data(), dst.data(), 4, 3, 0);
-  fast_blur(src.data(), dst.data(), 4, 3, -3);
-  EXPECT_EQ(dst, std::vector<uint32_t>(12, 7u));
 }
