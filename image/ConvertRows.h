@@ -102,8 +102,8 @@ void RGBToNVBlockRow_C(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, ui
 
 // Portable kernels (image/ConvertRowsPortable.cpp): table-free arithmetic
 // that compilers vectorise; bit-identical to the C kernels. Each does whole
-// blocks of 64 pixels and returns how many groups it did (0 where the target
-// is not little-endian).
+// blocks of 64 pixels and returns how many groups it did (0 on a big-endian
+// target without byte shuffles).
 int NVQuadToRGBRow_Portable(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int quads, int uOffset);
 // uOffset 1 for YUYV, 3 for YVYU.
 int Packed422ToRGBRow_Portable(const uint8_t* src, uint8_t* rgb, int pairs, int uOffset);

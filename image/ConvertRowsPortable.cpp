@@ -5,11 +5,13 @@
 // into SIMD code on their own at -O2/-O3. Bit-identical to the C kernels.
 //
 // Three bytes per pixel are the awkward part: a stride-3 byte access needs a
-// byte shuffle, which baseline x86-64 (SSE2) lacks, so the compiler would fall
-// back to one byte at a time there. Pixels are instead built as 32-bit words
-// and packed to 3 bytes with 64-bit shifts, which every target vectorises.
-// That packing assumes little-endian words; elsewhere the kernels do nothing
-// and the C kernels do the whole row.
+// byte shuffle. Where the compiler targets one (NEON, SSSE3 and later) the
+// loops read and write the bytes as they are and the compiler does the rest.
+// Baseline x86-64 (SSE2) has none, and the compiler would fall back to one
+// byte at a time; there pixels are instead built as 32-bit words and packed
+// to 3 bytes with 64-bit shifts and overlapping loads. That packing assumes
+// little-endian words; elsewhere without shuffles the kernels do nothing and
+// the C kernels do the whole row.
 #include <cstring>
 
 #include "image/ConvertRows.h"
@@ -21,6 +23,12 @@ namespace {
 using namespace arith;
 
 constexpr bool kLittleEndian = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+#if defined(__ARM_NEON) || defined(__SSSE3__)
+constexpr bool kByteShuffles = true;
+#else
+constexpr bool kByteShuffles = false;
+#endif
+constexpr bool kUsable = kByteShuffles || kLittleEndian;
 constexpr int kPx = 64;  // pixels per block
 
 // sign(x) * ((|x| * a) >> 16), branch-free so it vectorises.
@@ -76,6 +84,15 @@ inline void chromaTerms(const uint8_t* __restrict u, const uint8_t* __restrict v
 
 // Writes the block's kPx pixels as 3 * kPx bytes.
 inline void storeRGB(const Inverse& t, uint8_t* __restrict rgb) {
+  if constexpr (kByteShuffles) {
+    for (int j = 0; j < kPx; ++j) {
+      const int16_t l = t.l[j];
+      rgb[3 * j] = static_cast<uint8_t>(clampByte(static_cast<int16_t>(l + t.rv[j])));
+      rgb[3 * j + 1] = static_cast<uint8_t>(clampByte(static_cast<int16_t>(l - t.gvu[j])));
+      rgb[3 * j + 2] = static_cast<uint8_t>(clampByte(static_cast<int16_t>(l + t.bu[j])));
+    }
+    return;
+  }
   uint32_t px[kPx];  // R | G << 8 | B << 16
   for (int j = 0; j < kPx; ++j) {
     const int16_t l = t.l[j];
@@ -103,6 +120,15 @@ struct Forward {
 
 // Reads 3 * kPx bytes: the packing of storeRGB backwards.
 inline void forwardTerms(const uint8_t* __restrict rgb, Forward& f) {
+  if constexpr (kByteShuffles) {
+    for (int j = 0; j < kPx; ++j) {
+      const uint16_t r = rgb[3 * j], g = rgb[3 * j + 1], b = rgb[3 * j + 2];
+      f.y[j] = static_cast<int16_t>(mulHigh(r, kMulYR) + mulHigh(g, kMulYG) + mulHigh(b, kMulYB) + 16);
+      f.u[j] = static_cast<int16_t>(mulHigh(b, kMulUB) - mulHigh(r, kMulUR) - mulHigh(g, kMulUG));
+      f.v[j] = static_cast<int16_t>(mulHigh(r, kMulUB) - mulHigh(g, kMulVG) - mulHigh(b, kMulVB));
+    }
+    return;
+  }
   uint64_t two[kPx / 2];
   for (int k = 0; k < kPx / 2 - 1; ++k) {
     uint64_t t;
@@ -183,18 +209,18 @@ int rgbToNVBlocks(const uint8_t* __restrict rgb0, const uint8_t* __restrict rgb1
 }  // namespace
 
 int NVQuadToRGBRow_Portable(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int quads, int uOffset) {
-  if (!kLittleEndian) return 0;
+  if (!kUsable) return 0;
   return uOffset == 0 ? nvQuadToRGB<0>(y, chroma, rgb, quads) : nvQuadToRGB<1>(y, chroma, rgb, quads);
 }
 
 int Packed422ToRGBRow_Portable(const uint8_t* src, uint8_t* rgb, int pairs, int uOffset) {
-  if (!kLittleEndian) return 0;
+  if (!kUsable) return 0;
   return uOffset == 1 ? packed422ToRGB<1>(src, rgb, pairs) : packed422ToRGB<3>(src, rgb, pairs);
 }
 
 int RGBToNVBlockRow_Portable(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1,
                              uint8_t* chroma, int blocks, int uOffset) {
-  if (!kLittleEndian) return 0;
+  if (!kUsable) return 0;
   return uOffset == 0 ? rgbToNVBlocks<0>(rgb0, rgb1, y0, y1, chroma, blocks)
                       : rgbToNVBlocks<1>(rgb0, rgb1, y0, y1, chroma, blocks);
 }

@@ -1,0 +1,12 @@
+// The portable kernels compiled for byte shuffles (this file gets -mssse3 on
+// x86), in a namespace of their own so they sit beside the library's build.
+#define convert_row convert_row_shuffles
+#include "image/ConvertRowsPortable.cpp"
+#undef convert_row
+
+#include "PortableBuilds.h"
+
+PortableBuild shuffleBuild() {
+  return {"byte-shuffle build", &convert_row_shuffles::NVQuadToRGBRow_Portable,
+          &convert_row_shuffles::Packed422ToRGBRow_Portable, &convert_row_shuffles::RGBToNVBlockRow_Portable};
+}
