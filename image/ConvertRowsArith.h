@@ -42,16 +42,27 @@ constexpr bool tablesMatch() {
 }
 static_assert(tablesMatch(), "the table-free arithmetic must equal the tables entry for entry");
 
-// The luma term by a flooring (signed) multiply-high: x + floor(x * A / 2^16)
-// plus 1 for negative x, whose product is never a whole number.
-constexpr bool lumaFloorMatches() {
+// The same by a flooring signed multiply-high (one instruction where the
+// sign-magnitude form needs six): for negative x no product x * A is a whole
+// multiple of 2^16, so truncation is the floor plus 1. Multipliers must fit in
+// a signed 16-bit lane: A above 32767 becomes x + x * (A - 65536).
+constexpr int kFloorRV = kFracRV - 65536;
+constexpr int kFloorGV = kFracGV - 65536;
+constexpr int floorHigh(int x, int a) { return (x * a) >> 16; }  // arithmetic shift: floor
+
+constexpr bool flooringTermsMatch() {
+  using namespace colortables;
   for (int i = 0; i < 256; ++i) {
-    const int x = i - 16;
-    if (colortables::kY[i] != x + ((x * kFracY) >> 16) + (x < 0 ? 1 : 0)) return false;
+    const int y = i - 16, c = i - 128;
+    const int ny = y < 0 ? 1 : 0, nc = c < 0 ? 1 : 0;
+    if (kY[i] != y + floorHigh(y, kFracY) + ny || kRV[i] != 2 * c + floorHigh(c, kFloorRV) + nc ||
+        kGV[i] != c + floorHigh(c, kFloorGV) + nc || kGU[i] != floorHigh(c, kFracGU) + nc ||
+        kBU[i] != 2 * c + floorHigh(c, kFracBU) + nc)
+      return false;
   }
   return true;
 }
-static_assert(lumaFloorMatches(), "the flooring luma term must equal the table");
+static_assert(flooringTermsMatch(), "the flooring terms must equal the tables");
 
 }  // namespace arith
 }  // namespace convert_row

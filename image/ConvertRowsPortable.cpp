@@ -9,9 +9,9 @@
 // loops read and write the bytes as they are and the compiler does the rest.
 // Baseline x86-64 (SSE2) has none, and the compiler would fall back to one
 // byte at a time; there pixels are instead built as 32-bit words and packed
-// to 3 bytes with 64-bit shifts and overlapping loads. That packing assumes
-// little-endian words; elsewhere without shuffles the kernels do nothing and
-// the C kernels do the whole row.
+// to 3 bytes with 64-bit shifts and overlapping loads and stores. That
+// packing assumes little-endian words; elsewhere without shuffles the kernels
+// do nothing and the C kernels do the whole row.
 #include <cstring>
 
 #include "image/ConvertRows.h"
@@ -31,16 +31,11 @@ constexpr bool kByteShuffles = false;
 constexpr bool kUsable = kByteShuffles || kLittleEndian;
 constexpr int kPx = 64;  // pixels per block
 
-// sign(x) * ((|x| * a) >> 16), branch-free so it vectorises.
-inline int16_t mulTrunc(int16_t x, uint16_t a) {
-  const int16_t m = static_cast<int16_t>(x >> 15);
-  const auto ax = static_cast<uint16_t>((x ^ m) - m);
-  const auto h = static_cast<int16_t>((static_cast<uint32_t>(ax) * a) >> 16);
-  return static_cast<int16_t>((h ^ m) - m);
+// Signed multiply-high, which floors; the terms add 1 for negative x, i.e.
+// subtract x >> 15 (ConvertRowsArith.h proves the forms against the tables).
+inline int16_t floorHigh(int16_t x, int a) {
+  return static_cast<int16_t>((static_cast<int32_t>(x) * a) >> 16);
 }
-// The luma term with a signed multiply-high, which floors: for x < 0 the
-// product is never whole, so trunc = floor + 1 (ConvertRowsArith.h proves it).
-inline int16_t lumaFloor(int16_t x) { return static_cast<int16_t>((static_cast<int32_t>(x) * kFracY) >> 16); }
 // (x * a) >> 16 for x >= 0: a multiply-high.
 inline int16_t mulHigh(uint16_t x, uint16_t a) {
   return static_cast<int16_t>((static_cast<uint32_t>(x) * a) >> 16);
@@ -60,7 +55,7 @@ struct Inverse {
 inline void lumaTerms(const uint8_t* __restrict y, Inverse& t) {
   for (int j = 0; j < kPx; ++j) {
     const auto x = static_cast<int16_t>(y[j] - 16);
-    t.l[j] = static_cast<int16_t>(x + lumaFloor(x) - (x >> 15));
+    t.l[j] = static_cast<int16_t>(x + floorHigh(x, kFracY) - (x >> 15));
   }
 }
 
@@ -71,9 +66,10 @@ inline void chromaTerms(const uint8_t* __restrict u, const uint8_t* __restrict v
   for (int q = 0; q < kPx / Spread; ++q) {
     const auto ux = static_cast<int16_t>(u[Step * q] - 128);
     const auto vx = static_cast<int16_t>(v[Step * q] - 128);
-    const auto rv = static_cast<int16_t>(vx + mulTrunc(vx, kFracRV));
-    const auto gvu = static_cast<int16_t>(mulTrunc(vx, kFracGV) + mulTrunc(ux, kFracGU));
-    const auto bu = static_cast<int16_t>(2 * ux + mulTrunc(ux, kFracBU));
+    const auto vn = static_cast<int16_t>(vx >> 15), un = static_cast<int16_t>(ux >> 15);
+    const auto rv = static_cast<int16_t>(2 * vx + floorHigh(vx, kFloorRV) - vn);
+    const auto gvu = static_cast<int16_t>(vx + floorHigh(vx, kFloorGV) - vn + floorHigh(ux, kFracGU) - un);
+    const auto bu = static_cast<int16_t>(2 * ux + floorHigh(ux, kFracBU) - un);
     for (int k = 0; k < Spread; ++k) {
       t.rv[Spread * q + k] = rv;
       t.gvu[Spread * q + k] = gvu;
@@ -103,13 +99,10 @@ inline void storeRGB(const Inverse& t, uint8_t* __restrict rgb) {
   uint64_t two[kPx / 2];  // two pixels in the low 48 bits
   memcpy(two, px, sizeof(two));
   for (int k = 0; k < kPx / 2; ++k) two[k] = (two[k] & 0xFFFFFFu) | ((two[k] >> 8) & 0xFFFFFF000000u);
-  uint64_t out[kPx * 3 / 8];  // four 48-bit pairs in three words
-  for (int g = 0; g < kPx / 8; ++g) {
-    out[3 * g] = two[4 * g] | two[4 * g + 1] << 48;
-    out[3 * g + 1] = two[4 * g + 1] >> 16 | two[4 * g + 2] << 32;
-    out[3 * g + 2] = two[4 * g + 2] >> 32 | two[4 * g + 3] << 16;
-  }
-  memcpy(rgb, out, sizeof(out));
+  // Each pair as 8 bytes, the next pair overwriting the 2 spare ones; the
+  // last pair as 6 so nothing lands past the block.
+  for (int k = 0; k < kPx / 2 - 1; ++k) memcpy(rgb + 6 * k, &two[k], 8);
+  memcpy(rgb + 6 * (kPx / 2 - 1), &two[kPx / 2 - 1], 6);
 }
 
 // Per-pixel forward terms of one block of RGB: Y (with its +16), U and V
