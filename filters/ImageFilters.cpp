@@ -1,5 +1,6 @@
 #include "filters/ImageFilters.h"
 
+#include <cstddef>
 #include <cstring>
 
 #include "filters/FilterShaders.h"
@@ -16,9 +17,63 @@ float floatAt(void* value) {
   return v;
 }
 
-void setFloat(auto_ptr<GPUProgram>& program, const char* name, float* value) {
-  program->setParameters(name, GPUProgram::FLOAT1, value);
+// How a float parameter set by name is stored; upload-only ones are derived
+// from others and cannot be set or queried by name.
+enum Store { kPlain, kUnit, kSquared, kUploadOnly };
+
+template <typename Filter>
+struct FloatParam {
+  const char* name;
+  float Filter::*field;
+  Store store;
+};
+
+template <typename Filter, size_t N>
+bool hasFloat(const FloatParam<Filter> (&params)[N], const char* name) {
+  for (const FloatParam<Filter>& p : params) {
+    if (p.store != kUploadOnly && named(name, p.name)) return true;
+  }
+  return false;
 }
+
+// Stores a named float; false when the name is not one of the table's.
+template <typename Filter, size_t N>
+bool storeFloat(Filter* filter, const FloatParam<Filter> (&params)[N], const char* name, void* value) {
+  for (const FloatParam<Filter>& p : params) {
+    if (p.store == kUploadOnly || !named(name, p.name)) continue;
+    float v = floatAt(value);
+    filter->*p.field = p.store == kUnit ? clampUnit(v) : (p.store == kSquared ? v * v : v);
+    return true;
+  }
+  return false;
+}
+
+template <typename Filter, size_t N>
+void uploadFloats(Filter* filter, const FloatParam<Filter> (&params)[N]) {
+  for (const FloatParam<Filter>& p : params) {
+    filter->program->setParameters(p.name, GPUProgram::FLOAT1, &(filter->*p.field));
+  }
+}
+
+// Tables list uniforms in upload order.
+using Distorted = ImageFilterDistortedGL;
+const FloatParam<Distorted> kDistortedParams[] = {{"mStrength", &Distorted::mStrength, kPlain},
+                                                  {"mRadius", &Distorted::mRadius, kSquared},
+                                                  {"mCenterx", &Distorted::mCenterx, kUnit},
+                                                  {"mCentery", &Distorted::mCentery, kUnit}};
+
+using Extrusion = ImageFilterExtrusionGL;
+const FloatParam<Extrusion> kExtrusionParams[] = {{"mStrength", &Extrusion::mStrength, kPlain},
+                                                  {"mZoom", &Extrusion::mZoom, kUploadOnly},
+                                                  {"mCenterx", &Extrusion::mCenterx, kUnit},
+                                                  {"mCentery", &Extrusion::mCentery, kUnit}};
+
+using Mirror = ImageFilterMirrorGL;
+const FloatParam<Mirror> kMirrorParams[] = {{"mCenterx", &Mirror::mCenterx, kUnit},
+                                            {"mCentery", &Mirror::mCentery, kUnit}};
+
+using Timetunnel = ImageFilterTimetunnelGL;
+const FloatParam<Timetunnel> kTimetunnelParams[] = {{"mRadius", &Timetunnel::mRadius, kSquared}};
 
 }  // namespace
 
@@ -40,35 +95,16 @@ bool ImageFilterDistortedGL::initParameters() {
 }
 
 int ImageFilterDistortedGL::getParameterType(const char* name) {
-  if (named(name, "mRadius") || named(name, "mStrength") || named(name, "mCenterx") ||
-      named(name, "mCentery")) {
-    return FILTER_PARAMETER_FLOAT;
-  }
-  return ImageFilterBaseGL::getParameterType(name);
+  return hasFloat(kDistortedParams, name) ? FILTER_PARAMETER_FLOAT
+                                          : ImageFilterBaseGL::getParameterType(name);
 }
 
 void ImageFilterDistortedGL::setParameters(const char* name, void* value) {
   if (name == nullptr || value == nullptr) return;
-  if (named(name, "mRadius")) {
-    float r = floatAt(value);
-    mRadius = r * r;
-  } else if (named(name, "mStrength")) {
-    mStrength = floatAt(value);
-  } else if (named(name, "mCenterx")) {
-    mCenterx = clampUnit(floatAt(value));
-  } else if (named(name, "mCentery")) {
-    mCentery = clampUnit(floatAt(value));
-  } else {
-    ImageFilterBaseGL::setParameters(name, value);
-  }
+  if (!storeFloat(this, kDistortedParams, name, value)) ImageFilterBaseGL::setParameters(name, value);
 }
 
-void ImageFilterDistortedGL::updateParameters() {
-  setFloat(program, "mStrength", &mStrength);
-  setFloat(program, "mRadius", &mRadius);
-  setFloat(program, "mCenterx", &mCenterx);
-  setFloat(program, "mCentery", &mCentery);
-}
+void ImageFilterDistortedGL::updateParameters() { uploadFloats(this, kDistortedParams); }
 
 const char* ImageFilterDistortedGL::getFilterName() const { return "ImageFilterDistorted"; }
 const char* ImageFilterDistortedGL::getFragmentShader() const { return filter_shaders::kDistortedFragment; }
@@ -86,34 +122,22 @@ bool ImageFilterExtrusionGL::initParameters() {
 }
 
 int ImageFilterExtrusionGL::getParameterType(const char* name) {
-  if (named(name, "mCenterx") || named(name, "mCentery") || named(name, "mStrength")) {
-    return FILTER_PARAMETER_FLOAT;
-  }
-  return ImageFilterBaseGL::getParameterType(name);
+  return hasFloat(kExtrusionParams, name) ? FILTER_PARAMETER_FLOAT
+                                          : ImageFilterBaseGL::getParameterType(name);
 }
 
 void ImageFilterExtrusionGL::setParameters(const char* name, void* value) {
   if (name == nullptr || value == nullptr) return;
-  if (named(name, "mCenterx")) {
-    mCenterx = clampUnit(floatAt(value));
-  } else if (named(name, "mCentery")) {
-    mCentery = clampUnit(floatAt(value));
+  if (!storeFloat(this, kExtrusionParams, name, value)) {
+    ImageFilterBaseGL::setParameters(name, value);
   } else if (named(name, "mStrength")) {
-    mStrength = floatAt(value);
     // A negative power would blow up at the centre: the picture collapses
     // onto the centre point instead.
     mZoom = mStrength >= 0.0f ? 1.0f : 0.0f;
-  } else {
-    ImageFilterBaseGL::setParameters(name, value);
   }
 }
 
-void ImageFilterExtrusionGL::updateParameters() {
-  setFloat(program, "mStrength", &mStrength);
-  setFloat(program, "mZoom", &mZoom);
-  setFloat(program, "mCenterx", &mCenterx);
-  setFloat(program, "mCentery", &mCentery);
-}
+void ImageFilterExtrusionGL::updateParameters() { uploadFloats(this, kExtrusionParams); }
 
 const char* ImageFilterExtrusionGL::getFilterName() const { return "ImageFilterExtrusion"; }
 const char* ImageFilterExtrusionGL::getFragmentShader() const { return filter_shaders::kExtrusionFragment; }
@@ -129,25 +153,15 @@ bool ImageFilterMirrorGL::initParameters() {
 }
 
 int ImageFilterMirrorGL::getParameterType(const char* name) {
-  if (named(name, "mCenterx") || named(name, "mCentery")) return FILTER_PARAMETER_FLOAT;
-  return ImageFilterBaseGL::getParameterType(name);
+  return hasFloat(kMirrorParams, name) ? FILTER_PARAMETER_FLOAT : ImageFilterBaseGL::getParameterType(name);
 }
 
 void ImageFilterMirrorGL::setParameters(const char* name, void* value) {
   if (name == nullptr || value == nullptr) return;
-  if (named(name, "mCenterx")) {
-    mCenterx = clampUnit(floatAt(value));
-  } else if (named(name, "mCentery")) {
-    mCentery = clampUnit(floatAt(value));
-  } else {
-    ImageFilterBaseGL::setParameters(name, value);
-  }
+  if (!storeFloat(this, kMirrorParams, name, value)) ImageFilterBaseGL::setParameters(name, value);
 }
 
-void ImageFilterMirrorGL::updateParameters() {
-  setFloat(program, "mCenterx", &mCenterx);
-  setFloat(program, "mCentery", &mCentery);
-}
+void ImageFilterMirrorGL::updateParameters() { uploadFloats(this, kMirrorParams); }
 
 const char* ImageFilterMirrorGL::getFilterName() const { return "ImageFilterMirror"; }
 const char* ImageFilterMirrorGL::getFragmentShader() const { return filter_shaders::kMirrorFragment; }
@@ -169,21 +183,16 @@ bool ImageFilterTimetunnelGL::initParameters() {
 }
 
 int ImageFilterTimetunnelGL::getParameterType(const char* name) {
-  if (named(name, "mRadius")) return FILTER_PARAMETER_FLOAT;
-  return ImageFilterBaseGL::getParameterType(name);
+  return hasFloat(kTimetunnelParams, name) ? FILTER_PARAMETER_FLOAT
+                                           : ImageFilterBaseGL::getParameterType(name);
 }
 
 void ImageFilterTimetunnelGL::setParameters(const char* name, void* value) {
   if (name == nullptr || value == nullptr) return;
-  if (named(name, "mRadius")) {
-    float r = floatAt(value);
-    mRadius = r * r;
-  } else {
-    ImageFilterBaseGL::setParameters(name, value);
-  }
+  if (!storeFloat(this, kTimetunnelParams, name, value)) ImageFilterBaseGL::setParameters(name, value);
 }
 
-void ImageFilterTimetunnelGL::updateParameters() { setFloat(program, "mRadius", &mRadius); }
+void ImageFilterTimetunnelGL::updateParameters() { uploadFloats(this, kTimetunnelParams); }
 
 const char* ImageFilterTimetunnelGL::getFilterName() const { return "ImageFilterTimetunnel"; }
 const char* ImageFilterTimetunnelGL::getFragmentShader() const { return filter_shaders::kTimetunnelFragment; }

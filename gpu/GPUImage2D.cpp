@@ -4,6 +4,7 @@
 
 #include "gpu/GLHeaders.h"
 #include "gpu/GPUSizes.h"
+#include "gpu/GPUTextures.h"
 #include "gpu/GPUUtils.h"
 #include "image/Image.h"
 
@@ -15,17 +16,6 @@ namespace {
 const GLenum kTargets[5] = {GL_TEXTURE_2D, GL_TEXTURE_2D, GL_TEXTURE_2D, GL_TEXTURE_2D,
                             GL_TEXTURE_EXTERNAL_OES};
 const GLenum kFormats[4] = {GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_RGB, GL_RGBA};
-
-void setDefaultParameters(GLenum target) {
-  glTexParameterf(target, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-  GPUUtils::checkGLError("glTexParameterf");
-  glTexParameterf(target, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-  GPUUtils::checkGLError("glTexParameterf");
-  glTexParameterf(target, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-  GPUUtils::checkGLError("glTexParameterf");
-  glTexParameterf(target, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-  GPUUtils::checkGLError("glTexParameterf");
-}
 
 }  // namespace
 
@@ -82,31 +72,20 @@ void GPUImage2D::init(unsigned existing, bool generate, int w, int h, int f, boo
     if (generate) texture = 0;
     return;
   }
-  if (generate) {
-    GLuint name = 0;
-    glGenTextures(1, &name);
-    GPUUtils::checkGLError("glGenTextures");
-    texture = name;
-  }
+  if (generate) texture = gpu_internal::generateTexture();
   if (allocate) allocateStorage(pixels);
 }
 
-// Binds, specifies (through the pixel buffer when there are pixels), sets
-// the four parameters and unbinds.
 void GPUImage2D::allocateStorage(void* pixels) {
-  if (texture == 0) return;
-  glBindTexture(target, texture);
-  GPUUtils::checkGLError("glBindTexture");
-  if (pixels != nullptr) {
-    pixelBuffer.uploadImage(this, pixels);
-  } else {
+  gpu_internal::specifyTexture(target, texture, false, [&] {
+    if (pixels != nullptr) {
+      pixelBuffer.uploadImage(this, pixels);
+      return;
+    }
     glTexImage2D(target, 0, static_cast<GLint>(glFormat), width, height, 0, glFormat, GL_UNSIGNED_BYTE,
                  nullptr);
     GPUUtils::checkGLError("glTexImage2D");
-  }
-  setDefaultParameters(target);
-  glBindTexture(target, 0);
-  GPUUtils::checkGLError("glBindTexture");
+  });
 }
 
 void GPUImage2D::set(int w, int h, int f, void* pixels) {
@@ -141,9 +120,7 @@ bool GPUImage2D::download(void* pixels, int size) {
 
 void GPUImage2D::recycle() {
   if (!mOwnsTexture || texture == 0) return;
-  GLuint name = texture;
-  glDeleteTextures(1, &name);
-  GPUUtils::checkGLError("glDeleteTextures");
+  gpu_internal::deleteTexture(texture);
   texture = 0;
 }
 
@@ -152,11 +129,7 @@ GPUImage2D* GPUImage2D::createFromImage(GPUContext* context, Image* image) {
   if (context == nullptr || code == 0 || image->depth != 1) return nullptr;
   GPUImage2D* result = new (std::nothrow) GPUImage2D(context, static_cast<int>(image->width),
                                                      static_cast<int>(image->height), code, image->planes[0]);
-  if (result != nullptr && result->texture == 0) {
-    delete result;
-    return nullptr;
-  }
-  return result;
+  return gpu_internal::keepIfTextured(result);
 }
 
 GPUImage2D* GPUImage2D::createFromImage(auto_ptr<GPUContext>& context, auto_ptr<Image>& image) {
@@ -168,11 +141,9 @@ bool GPUImage2D::upload(Image* image) {
   if (code == 0 || code != format || image->depth != 1 || texture == 0) return false;
   if (image->width != static_cast<unsigned>(width) || image->height != static_cast<unsigned>(height))
     return false;
-  glBindTexture(target, texture);
-  GPUUtils::checkGLError("glBindTexture");
+  gpu_internal::bindTexture(target, texture);
   bool done = upload(image->planes[0], static_cast<int>(imageBytes(width, height, 1, format)));
-  glBindTexture(target, 0);
-  GPUUtils::checkGLError("glBindTexture");
+  gpu_internal::bindTexture(target, 0);
   return done;
 }
 

@@ -5,6 +5,7 @@
 #include "gpu/GLHeaders.h"
 #include "gpu/GPUImage2D.h"
 #include "gpu/GPUSizes.h"
+#include "gpu/GPUTextures.h"
 #include "gpu/GPUUtils.h"
 #include "image/Image.h"
 
@@ -61,38 +62,20 @@ void GPUImage3D::init(unsigned existing, bool generate, int w, int h, int d, int
     if (generate) texture = 0;
     return;
   }
-  if (generate) {
-    GLuint name = 0;
-    glGenTextures(1, &name);
-    GPUUtils::checkGLError("glGenTextures");
-    texture = name;
-  }
+  if (generate) texture = gpu_internal::generateTexture();
   if (allocate) allocateStorage(pixels);
 }
 
 void GPUImage3D::allocateStorage(void* pixels) {
-  if (texture == 0) return;
-  glBindTexture(target, texture);
-  GPUUtils::checkGLError("glBindTexture");
-  if (pixels != nullptr) {
-    pixelBuffer.uploadImage(this, pixels);
-  } else {
+  gpu_internal::specifyTexture(target, texture, true, [&] {
+    if (pixels != nullptr) {
+      pixelBuffer.uploadImage(this, pixels);
+      return;
+    }
     glTexImage3D(target, 0, static_cast<GLint>(glFormat), width, height, depth, 0, glFormat, GL_UNSIGNED_BYTE,
                  nullptr);
     GPUUtils::checkGLError("glTexImage3D");
-  }
-  glTexParameterf(target, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-  GPUUtils::checkGLError("glTexParameterf");
-  glTexParameterf(target, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-  GPUUtils::checkGLError("glTexParameterf");
-  glTexParameterf(target, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-  GPUUtils::checkGLError("glTexParameterf");
-  glTexParameterf(target, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-  GPUUtils::checkGLError("glTexParameterf");
-  glTexParameteri(target, GL_TEXTURE_WRAP_R, GL_CLAMP_TO_EDGE);
-  GPUUtils::checkGLError("glTexParameteri");
-  glBindTexture(target, 0);
-  GPUUtils::checkGLError("glBindTexture");
+  });
 }
 
 void GPUImage3D::set(int w, int h, int d, int f, void* pixels) {
@@ -108,9 +91,7 @@ void GPUImage3D::set(int w, int h, int d, int f, void* pixels) {
 
 void GPUImage3D::recycle() {
   if (!mOwnsTexture || texture == 0) return;
-  GLuint name = texture;
-  glDeleteTextures(1, &name);
-  GPUUtils::checkGLError("glDeleteTextures");
+  gpu_internal::deleteTexture(texture);
   texture = 0;
 }
 
@@ -120,11 +101,7 @@ GPUImage3D* GPUImage3D::createFromImage(GPUContext* context, Image* image) {
   GPUImage3D* result =
       new (std::nothrow) GPUImage3D(context, static_cast<int>(image->width), static_cast<int>(image->height),
                                     static_cast<int>(image->depth), code, image->planes[0]);
-  if (result != nullptr && result->texture == 0) {
-    delete result;
-    return nullptr;
-  }
-  return result;
+  return gpu_internal::keepIfTextured(result);
 }
 
 GPUImage3D* GPUImage3D::createFromImage(auto_ptr<GPUContext>& context, auto_ptr<Image>& image) {

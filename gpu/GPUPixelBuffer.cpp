@@ -67,20 +67,29 @@ class TightUnpack {
   GLint mPrevious = 4;
 };
 
+// Stages n bytes in the unpack buffer, has specify() take them from there
+// with tight rows, then unbinds the buffer.
+template <typename Specify>
+void uploadThrough(GLuint buffer, void* pixels, int64_t n, Specify specify) {
+  if (n <= 0) return;
+  if (!fillUnpackBuffer(buffer, pixels, n)) return;
+  TightUnpack tight;
+  specify();
+  glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
+  GPUUtils::checkGLError("glBindBuffer");
+}
+
 }  // namespace
 
 void GPUPixelBuffer::uploadImage(GPUImage2D* image, void* pixels) {
   if (image == nullptr || pixels == nullptr || buffer == 0) return;
   int64_t n = imageBytes(image->getWidth(), image->getHeight(), 1, image->getFormat());
-  if (n <= 0) return;
-  if (!fillUnpackBuffer(buffer, pixels, n)) return;
-  GLenum glFormat = image->getGLFormat();
-  TightUnpack tight;
-  glTexImage2D(image->getTarget(), 0, static_cast<GLint>(glFormat), image->getWidth(), image->getHeight(), 0,
-               glFormat, GL_UNSIGNED_BYTE, nullptr);
-  GPUUtils::checkGLError("glTexImage");
-  glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
-  GPUUtils::checkGLError("glBindBuffer");
+  uploadThrough(buffer, pixels, n, [image] {
+    GLenum glFormat = image->getGLFormat();
+    glTexImage2D(image->getTarget(), 0, static_cast<GLint>(glFormat), image->getWidth(), image->getHeight(),
+                 0, glFormat, GL_UNSIGNED_BYTE, nullptr);
+    GPUUtils::checkGLError("glTexImage");
+  });
 }
 
 void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage2D>& image, void* pixels) {
@@ -90,15 +99,12 @@ void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage2D>& image, void* pixels) {
 void GPUPixelBuffer::uploadImage(GPUImage3D* image, void* pixels) {
   if (image == nullptr || pixels == nullptr || buffer == 0) return;
   int64_t n = imageBytes(image->getWidth(), image->getHeight(), image->getDepth(), image->getFormat());
-  if (n <= 0) return;
-  if (!fillUnpackBuffer(buffer, pixels, n)) return;
-  GLenum glFormat = image->getGLFormat();
-  TightUnpack tight;
-  glTexImage3D(image->getTarget(), 0, static_cast<GLint>(glFormat), image->getWidth(), image->getHeight(),
-               image->getDepth(), 0, glFormat, GL_UNSIGNED_BYTE, nullptr);
-  GPUUtils::checkGLError("glTexImage3D");
-  glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
-  GPUUtils::checkGLError("glBindBuffer");
+  uploadThrough(buffer, pixels, n, [image] {
+    GLenum glFormat = image->getGLFormat();
+    glTexImage3D(image->getTarget(), 0, static_cast<GLint>(glFormat), image->getWidth(), image->getHeight(),
+                 image->getDepth(), 0, glFormat, GL_UNSIGNED_BYTE, nullptr);
+    GPUUtils::checkGLError("glTexImage3D");
+  });
 }
 
 void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage3D>& image, void* pixels) {

@@ -12,6 +12,28 @@ namespace {
 const float kPosVertices[8] = {-1.0f, -1.0f, 1.0f, -1.0f, -1.0f, 1.0f, 1.0f, 1.0f};
 const float kTexVertices[8] = {0.0f, 1.0f, 0.0f, 0.0f, 1.0f, 1.0f, 1.0f, 0.0f};
 
+// 2D and 3D images bind the same way; only their target differs.
+template <typename Image>
+void bindSampler(GLuint program, const char* uniformName, int unit, Image* image) {
+  if (program == 0 || image == nullptr || uniformName == nullptr || unit < 0) return;
+  GLint loc = glGetUniformLocation(program, uniformName);
+  glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+  GPUUtils::checkGLError("glActiveTexture");
+  glBindTexture(image->getTarget(), image->getTexture());
+  GPUUtils::checkGLError("glBindTexture");
+  glUniform1i(loc, unit);
+  GPUUtils::checkGLError("glUniform1i");
+}
+
+// The host-value setters refuse the same inputs and report errors under the
+// name of the GL call they make.
+template <typename T, typename Upload>
+void setUniform(GLuint program, const char* name, const T* value, const char* tag, Upload upload) {
+  if (program == 0 || name == nullptr || value == nullptr) return;
+  upload(glGetUniformLocation(program, name));
+  GPUUtils::checkGLError(tag);
+}
+
 }  // namespace
 
 GPUProgram::GPUProgram(GPUContext* context, GPUScript* script) : GPUProgram(context, script, 0u) {}
@@ -70,14 +92,7 @@ bool GPUProgram::beganCompute() {
 }
 
 void GPUProgram::setSourceTarget(const char* uniformName, int unit, GPUImage2D* image) {
-  if (program == 0 || image == nullptr || uniformName == nullptr || unit < 0) return;
-  GLint loc = location(uniformName);
-  glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
-  GPUUtils::checkGLError("glActiveTexture");
-  glBindTexture(image->getTarget(), image->getTexture());
-  GPUUtils::checkGLError("glBindTexture");
-  glUniform1i(loc, unit);
-  GPUUtils::checkGLError("glUniform1i");
+  bindSampler(program, uniformName, unit, image);
 }
 
 void GPUProgram::setSourceTarget(const char* uniformName, int unit, auto_ptr<GPUImage2D>& image) {
@@ -85,14 +100,7 @@ void GPUProgram::setSourceTarget(const char* uniformName, int unit, auto_ptr<GPU
 }
 
 void GPUProgram::setSourceTarget(const char* uniformName, int unit, GPUImage3D* image) {
-  if (program == 0 || image == nullptr || uniformName == nullptr || unit < 0) return;
-  GLint loc = location(uniformName);
-  glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
-  GPUUtils::checkGLError("glActiveTexture");
-  glBindTexture(image->getTarget(), image->getTexture());
-  GPUUtils::checkGLError("glBindTexture");
-  glUniform1i(loc, unit);
-  GPUUtils::checkGLError("glUniform1i");
+  bindSampler(program, uniformName, unit, image);
 }
 
 void GPUProgram::setSourceTarget(const char* uniformName, int unit, auto_ptr<GPUImage3D>& image) {
@@ -145,69 +153,50 @@ void GPUProgram::setParameters(const char* name, GPUProgramParameterType type, v
 }
 
 void GPUProgram::_SetHostValue1iv(const char* name, int count, int* value) {
-  if (program == 0 || name == nullptr || value == nullptr) return;
-  glUniform1iv(location(name), count, value);
-  GPUUtils::checkGLError("glUniform1iv");
+  setUniform(program, name, value, "glUniform1iv", [&](GLint loc) { glUniform1iv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValue2iv(const char* name, int count, int* value) {
-  if (program == 0 || name == nullptr || value == nullptr) return;
-  glUniform2iv(location(name), count, value);
-  GPUUtils::checkGLError("glUniform2iv");
+  setUniform(program, name, value, "glUniform2iv", [&](GLint loc) { glUniform2iv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValue3iv(const char* name, int count, int* value) {
-  if (program == 0 || name == nullptr || value == nullptr) return;
-  glUniform3iv(location(name), count, value);
-  GPUUtils::checkGLError("glUniform3iv");
+  setUniform(program, name, value, "glUniform3iv", [&](GLint loc) { glUniform3iv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValue4iv(const char* name, int count, int* value) {
-  if (program == 0 || name == nullptr || value == nullptr) return;
-  glUniform4iv(location(name), count, value);
-  GPUUtils::checkGLError("glUniform4iv");
+  setUniform(program, name, value, "glUniform4iv", [&](GLint loc) { glUniform4iv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValue1fv(const char* name, int count, float* value) {
-  if (program == 0 || name == nullptr || value == nullptr) return;
-  glUniform1fv(location(name), count, value);
-  GPUUtils::checkGLError("glUniform1fv");
+  setUniform(program, name, value, "glUniform1fv", [&](GLint loc) { glUniform1fv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValue2fv(const char* name, int count, float* value) {
-  if (program == 0 || name == nullptr || value == nullptr) return;
-  glUniform2fv(location(name), count, value);
-  GPUUtils::checkGLError("glUniform2fv");
+  setUniform(program, name, value, "glUniform2fv", [&](GLint loc) { glUniform2fv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValue3fv(const char* name, int count, float* value) {
-  if (program == 0 || name == nullptr || value == nullptr) return;
-  glUniform3fv(location(name), count, value);
-  GPUUtils::checkGLError("glUniform3fv");
+  setUniform(program, name, value, "glUniform3fv", [&](GLint loc) { glUniform3fv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValue4fv(const char* name, int count, float* value) {
-  if (program == 0 || name == nullptr || value == nullptr) return;
-  glUniform4fv(location(name), count, value);
-  GPUUtils::checkGLError("glUniform4fv");
+  setUniform(program, name, value, "glUniform4fv", [&](GLint loc) { glUniform4fv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValueMatrix2fv(const char* name, int count, bool transpose, const float* value) {
-  if (program == 0 || name == nullptr || value == nullptr) return;
-  glUniformMatrix2fv(location(name), count, transpose ? GL_TRUE : GL_FALSE, value);
-  GPUUtils::checkGLError("glUniformMatrix2fv");
+  setUniform(program, name, value, "glUniformMatrix2fv",
+             [&](GLint loc) { glUniformMatrix2fv(loc, count, transpose ? GL_TRUE : GL_FALSE, value); });
 }
 
 void GPUProgram::_SetHostValueMatrix3fv(const char* name, int count, bool transpose, const float* value) {
-  if (program == 0 || name == nullptr || value == nullptr) return;
-  glUniformMatrix3fv(location(name), count, transpose ? GL_TRUE : GL_FALSE, value);
-  GPUUtils::checkGLError("glUniformMatrix3fv");
+  setUniform(program, name, value, "glUniformMatrix3fv",
+             [&](GLint loc) { glUniformMatrix3fv(loc, count, transpose ? GL_TRUE : GL_FALSE, value); });
 }
 
 void GPUProgram::_SetHostValueMatrix4fv(const char* name, int count, bool transpose, const float* value) {
-  if (program == 0 || name == nullptr || value == nullptr) return;
-  glUniformMatrix4fv(location(name), count, transpose ? GL_TRUE : GL_FALSE, value);
-  GPUUtils::checkGLError("glUniformMatrix4fv");
+  setUniform(program, name, value, "glUniformMatrix4fv",
+             [&](GLint loc) { glUniformMatrix4fv(loc, count, transpose ? GL_TRUE : GL_FALSE, value); });
 }
 
 void GPUProgram::setOutputSize(int x, int y, int width, int height) {

@@ -81,12 +81,34 @@ inline uint8x16_t narrow(const uint32x4_t v[4]) {
   return vcombine_u8(vmovn_u16(lo), vmovn_u16(hi));
 }
 
+// Ring positions as the window moves one pixel along a line of count pixels:
+// start is the entry leaving the window, next the one passing from the
+// incoming to the outgoing half, ahead the (clamped) pixel entering.
+struct RingWalk {
+  RingWalk(int radius, int count)
+      : radius(radius),
+        div(2 * radius + 1),
+        last(count - 1),
+        sp(radius),
+        ahead(radius < last ? radius : last) {}
+  void step() {
+    start = sp + div - radius;
+    if (start >= div) start -= div;
+    if (ahead < last) ++ahead;
+    next = sp + 1;
+    if (next >= div) next = 0;
+    sp = next;
+  }
+  const int radius, div, last;
+  int sp, ahead;
+  int start = 0, next = 0;
+};
+
 // Horizontal pass over kRows rows at once (`stride` bytes apart): the rows'
 // running sums are independent chains, so interleaving them keeps the core
 // busy while each chain waits on its own additions.
 template <int kShr, int kRows>
 void blurRows(unsigned char* first, size_t stride, int count, int radius, uint32_t mul) {
-  const int div = 2 * radius + 1;
   const int last = count - 1;
   uint32x4_t ring[kMaxDiv][kRows];
   uint32x4_t sum[kRows], sumIn[kRows], sumOut[kRows];
@@ -112,14 +134,10 @@ void blurRows(unsigned char* first, size_t stride, int count, int radius, uint32
     }
   }
 
-  int sp = radius;
-  int xp = radius < last ? radius : last;
+  RingWalk walk(radius, count);
   for (int x = 0; x < count; ++x) {
-    int start = sp + div - radius;
-    if (start >= div) start -= div;
-    if (xp < last) ++xp;
-    int next = sp + 1;
-    if (next >= div) next = 0;
+    walk.step();
+    const int start = walk.start, next = walk.next, xp = walk.ahead;
     for (int k = 0; k < kRows; ++k) {
       const uint32x4_t out = scale<kShr>(sum[k], mul);
       unsigned char* d = row[k] + 4 * x;
@@ -137,14 +155,12 @@ void blurRows(unsigned char* first, size_t stride, int count, int radius, uint32
       sumOut[k] = vaddq_u32(sumOut[k], ring[next][k]);
       sumIn[k] = vsubq_u32(sumIn[k], ring[next][k]);
     }
-    sp = next;
   }
 }
 
 // Vertical pass over a strip of kStrip pixels starting at col.
 template <int kShr>
 void blurStrip(unsigned char* col, int height, size_t stride, int radius, uint32_t mul) {
-  const int div = 2 * radius + 1;
   const int last = height - 1;
   uint8x16_t ring[kMaxDiv][kChunks];
   uint32x4_t sum[kChunks][4], sumIn[kChunks][4], sumOut[kChunks][4];
@@ -178,15 +194,11 @@ void blurStrip(unsigned char* col, int height, size_t stride, int radius, uint32
     }
   }
 
-  int sp = radius;
-  int yp = radius < last ? radius : last;
+  RingWalk walk(radius, height);
   for (int y = 0; y < height; ++y) {
     unsigned char* dst = col + (size_t)y * stride;
-    int start = sp + div - radius;
-    if (start >= div) start -= div;
-    if (yp < last) ++yp;
-    int next = sp + 1;
-    if (next >= div) next = 0;
+    walk.step();
+    const int start = walk.start, next = walk.next, yp = walk.ahead;
     const unsigned char* src = col + (size_t)yp * stride;
     // Walking down a column strip defeats the hardware prefetcher on the
     // rows entering the window: ask for them a few rows early.
@@ -214,14 +226,12 @@ void blurStrip(unsigned char* col, int height, size_t stride, int radius, uint32
         sumIn[c][j] = vsubq_u32(si, entering[j]);
       }
     }
-    sp = next;
   }
 }
 
 // The narrow strip at the right edge (fewer than kStrip pixels), byte by byte.
 void blurNarrowStrip(unsigned char* col, int n, int height, size_t stride, int radius, uint32_t mul,
                      uint32_t shr) {
-  const int div = 2 * radius + 1;
   const int last = height - 1;
   unsigned char ring[kMaxDiv][kStrip * 4];
   uint32_t sum[kStrip * 4], sumIn[kStrip * 4], sumOut[kStrip * 4];
@@ -242,15 +252,11 @@ void blurNarrowStrip(unsigned char* col, int n, int height, size_t stride, int r
     }
   }
 
-  int sp = radius;
-  int yp = radius < last ? radius : last;
+  RingWalk walk(radius, height);
   for (int y = 0; y < height; ++y) {
     unsigned char* dst = col + (size_t)y * stride;
-    int start = sp + div - radius;
-    if (start >= div) start -= div;
-    if (yp < last) ++yp;
-    int next = sp + 1;
-    if (next >= div) next = 0;
+    walk.step();
+    const int start = walk.start, next = walk.next, yp = walk.ahead;
     const unsigned char* src = col + (size_t)yp * stride;
     for (int i = 0; i < n; ++i) {
       const uint32_t p = src[i];
@@ -263,7 +269,6 @@ void blurNarrowStrip(unsigned char* col, int n, int height, size_t stride, int r
       sumOut[i] = sumOut[i] - leaving + entering;
       sumIn[i] = si - entering;
     }
-    sp = next;
   }
 }
 

@@ -72,6 +72,11 @@ void passElements(ImageFilterBaseGL* filter, const char* name, JNIEnv* env, jarr
   filter->setParameters(name, padded.data());
 }
 
+#define FR_SET_ONE(JType, method)                                                                          \
+  OV_EXPORT void JNICALL FR_NAME(method)(JNIEnv * env, jobject, jlong handle, jstring name, JType value) { \
+    setOne(env, handle, name, value, FR_PREFIX #method "\n");                                              \
+  }
+
 #define FR_SET_ARRAY(JType, JArray, Getter, Releaser, method)                                                \
   OV_EXPORT void JNICALL FR_NAME(method)(JNIEnv * env, jobject, jlong handle, jstring name, JArray values) { \
     Utf utf(env, name);                                                                                      \
@@ -186,25 +191,10 @@ OV_EXPORT jint JNICALL FR_NAME(nativeGetParameterType)(JNIEnv* env, jobject, jlo
   return filter == nullptr ? -1 : filter->getParameterType(utf.get());
 }
 
-OV_EXPORT void JNICALL FR_NAME(nativeSetParametersBoolean)(JNIEnv* env, jobject, jlong handle, jstring name,
-                                                           jboolean value) {
-  setOne(env, handle, name, value, FR_PREFIX "nativeSetParametersBoolean\n");
-}
-
-OV_EXPORT void JNICALL FR_NAME(nativeSetParametersInteger)(JNIEnv* env, jobject, jlong handle, jstring name,
-                                                           jint value) {
-  setOne(env, handle, name, value, FR_PREFIX "nativeSetParametersInteger\n");
-}
-
-OV_EXPORT void JNICALL FR_NAME(nativeSetParametersFloat)(JNIEnv* env, jobject, jlong handle, jstring name,
-                                                         jfloat value) {
-  setOne(env, handle, name, value, FR_PREFIX "nativeSetParametersFloat\n");
-}
-
-OV_EXPORT void JNICALL FR_NAME(nativeSetParametersDouble)(JNIEnv* env, jobject, jlong handle, jstring name,
-                                                          jdouble value) {
-  setOne(env, handle, name, value, FR_PREFIX "nativeSetParametersDouble\n");
-}
+FR_SET_ONE(jboolean, nativeSetParametersBoolean)
+FR_SET_ONE(jint, nativeSetParametersInteger)
+FR_SET_ONE(jfloat, nativeSetParametersFloat)
+FR_SET_ONE(jdouble, nativeSetParametersDouble)
 
 // A long carries the address of native data: the value itself is the pointer.
 OV_EXPORT void JNICALL FR_NAME(nativeSetParametersLong)(JNIEnv* env, jobject, jlong handle, jstring name,

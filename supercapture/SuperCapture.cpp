@@ -13,6 +13,12 @@ namespace {
 // A missing plane array reads as four null planes.
 unsigned char* plane(unsigned char** planes, int i) { return planes != nullptr ? planes[i] : nullptr; }
 
+void logPlanes(const char* entry, intptr_t handle, unsigned char** planes) {
+  OV_LOGD("%s   handle:%zd, planes[0]:%p, planes[1]:%p, planes[2]:%p, planes[3]:%p\n", entry, handle,
+          static_cast<void*>(plane(planes, 0)), static_cast<void*>(plane(planes, 1)),
+          static_cast<void*>(plane(planes, 2)), static_cast<void*>(plane(planes, 3)));
+}
+
 bool allNull(unsigned char** planes) {
   return plane(planes, 0) == nullptr && plane(planes, 1) == nullptr && plane(planes, 2) == nullptr &&
          plane(planes, 3) == nullptr;
@@ -223,21 +229,13 @@ intptr_t super_capture_module_init(int width, int height, int format) {
 }
 
 int super_capture_module_push_frame(intptr_t handle, unsigned char** planes) {
-  OV_LOGD(
-      "super_capture_module_push_frame   handle:%zd, planes[0]:%p, planes[1]:%p, planes[2]:%p, "
-      "planes[3]:%p\n",
-      handle, static_cast<void*>(plane(planes, 0)), static_cast<void*>(plane(planes, 1)),
-      static_cast<void*>(plane(planes, 2)), static_cast<void*>(plane(planes, 3)));
+  logPlanes("super_capture_module_push_frame", handle, planes);
   if (handle == 0) return -1;
   return reinterpret_cast<SuperCapture*>(handle)->pushFrame(planes);
 }
 
 int super_capture_module_pop_frame(intptr_t handle, unsigned char** planes) {
-  OV_LOGD(
-      "super_capture_module_pop_frame   handle:%zd, planes[0]:%p, planes[1]:%p, planes[2]:%p, "
-      "planes[3]:%p\n",
-      handle, static_cast<void*>(plane(planes, 0)), static_cast<void*>(plane(planes, 1)),
-      static_cast<void*>(plane(planes, 2)), static_cast<void*>(plane(planes, 3)));
+  logPlanes("super_capture_module_pop_frame", handle, planes);
   if (handle == 0) return -1;
   return reinterpret_cast<SuperCapture*>(handle)->popFrame(planes);
 }

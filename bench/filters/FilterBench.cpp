@@ -175,34 +175,23 @@ int main(int argc, char** argv) {
   if (!gEngine->setup()) return 1;
   gEngine->startup();
 
+  auto add = [](const std::string& name, auto fn, auto... args) {
+    benchmark::RegisterBenchmark(name.c_str(), fn, args...)->Unit(benchmark::kMillisecond)->UseRealTime();
+  };
   for (const char* name : kFilters) {
     std::string shortName = name + strlen("ImageFilter");
-    benchmark::RegisterBenchmark(("setupGraphics/cold/" + shortName).c_str(), setupCold, name)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark(("setupGraphics/warm/" + shortName).c_str(), setupWarm, name)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
+    add("setupGraphics/cold/" + shortName, setupCold, name);
+    add("setupGraphics/warm/" + shortName, setupWarm, name);
   }
   for (const char* name : kFilters) {
     std::string shortName = name + strlen("ImageFilter");
-    benchmark::RegisterBenchmark(("process1080p/whole/" + shortName).c_str(), processWhole, name)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark(("process1080p/draw/" + shortName).c_str(), draw, name)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
+    add("process1080p/whole/" + shortName, processWhole, name);
+    add("process1080p/draw/" + shortName, draw, name);
   }
-  benchmark::RegisterBenchmark("process1080p/upload", BM_Upload)
-      ->Unit(benchmark::kMillisecond)
-      ->UseRealTime();
-  benchmark::RegisterBenchmark("process1080p/download", BM_Download)
-      ->Unit(benchmark::kMillisecond)
-      ->UseRealTime();
-  benchmark::RegisterBenchmark("peer1080p/cpuXrayLoop", BM_CpuXrayLoop)
-      ->Unit(benchmark::kMillisecond)
-      ->UseRealTime();
-  benchmark::RegisterBenchmark("peer1080p/memcpy", BM_Memcpy)->Unit(benchmark::kMillisecond)->UseRealTime();
+  add("process1080p/upload", BM_Upload);
+  add("process1080p/download", BM_Download);
+  add("peer1080p/cpuXrayLoop", BM_CpuXrayLoop);
+  add("peer1080p/memcpy", BM_Memcpy);
 
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();

@@ -122,60 +122,63 @@ std::vector<unsigned char>& frame() {
   return pixels;
 }
 
-void BM_UploadPixelBuffer(benchmark::State& state) {
+// Times upload() into a bound kW x kH RGBA texture, one frame per iteration.
+template <typename Upload>
+void timeUpload(benchmark::State& state, Upload upload) {
   GPUEngine* e = engine();
   if (e == nullptr) return state.SkipWithError("no EGL display");
   auto_ptr<GPUImage2D> image(new GPUImage2D(e->getContext(), kW, kH, 4));
   std::vector<unsigned char>& px = frame();
   glBindTexture(GL_TEXTURE_2D, image->getTexture());
   for (auto _ : state) {
-    image->upload(px.data(), static_cast<int>(px.size()));
+    upload(image.get(), px);
     glFinish();
   }
   glBindTexture(GL_TEXTURE_2D, 0);
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(px.size()));
+}
+
+// Times download() of a texture holding the frame; bindOutput attaches the
+// texture to a framebuffer for the whole run, for reads that need one bound.
+template <typename Download>
+void timeDownload(benchmark::State& state, bool bindOutput, Download download) {
+  GPUEngine* e = engine();
+  if (e == nullptr) return state.SkipWithError("no EGL display");
+  auto_ptr<GPUImage2D> image(new GPUImage2D(e->getContext(), kW, kH, 4, frame().data()));
+  std::vector<unsigned char> out(frame().size());
+  if (bindOutput) GPUFramebuffer::setFramebufferTarget(&image->getFramebuffer(), image.get());
+  for (auto _ : state) {
+    download(image.get(), out);
+    benchmark::DoNotOptimize(out.data());
+  }
+  if (bindOutput) GPUFramebuffer::setFramebufferTarget(nullptr, nullptr);
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(out.size()));
+}
+
+void BM_UploadPixelBuffer(benchmark::State& state) {
+  timeUpload(state, [](GPUImage2D* image, std::vector<unsigned char>& px) {
+    image->upload(px.data(), static_cast<int>(px.size()));
+  });
 }
 
 // Peer: the texture specified straight from client memory.
 void BM_UploadClientMemory(benchmark::State& state) {
-  GPUEngine* e = engine();
-  if (e == nullptr) return state.SkipWithError("no EGL display");
-  auto_ptr<GPUImage2D> image(new GPUImage2D(e->getContext(), kW, kH, 4));
-  std::vector<unsigned char>& px = frame();
-  glBindTexture(GL_TEXTURE_2D, image->getTexture());
-  for (auto _ : state) {
+  timeUpload(state, [](GPUImage2D*, std::vector<unsigned char>& px) {
     glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, kW, kH, 0, GL_RGBA, GL_UNSIGNED_BYTE, px.data());
-    glFinish();
-  }
-  glBindTexture(GL_TEXTURE_2D, 0);
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(px.size()));
+  });
 }
 
 void BM_DownloadPixelBuffer(benchmark::State& state) {
-  GPUEngine* e = engine();
-  if (e == nullptr) return state.SkipWithError("no EGL display");
-  auto_ptr<GPUImage2D> image(new GPUImage2D(e->getContext(), kW, kH, 4, frame().data()));
-  std::vector<unsigned char> out(frame().size());
-  for (auto _ : state) {
+  timeDownload(state, false, [](GPUImage2D* image, std::vector<unsigned char>& out) {
     image->download(out.data(), static_cast<int>(out.size()));
-    benchmark::DoNotOptimize(out.data());
-  }
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(out.size()));
+  });
 }
 
 // Peer: glReadPixels straight into client memory.
 void BM_DownloadClientMemory(benchmark::State& state) {
-  GPUEngine* e = engine();
-  if (e == nullptr) return state.SkipWithError("no EGL display");
-  auto_ptr<GPUImage2D> image(new GPUImage2D(e->getContext(), kW, kH, 4, frame().data()));
-  std::vector<unsigned char> out(frame().size());
-  GPUFramebuffer::setFramebufferTarget(&image->getFramebuffer(), image.get());
-  for (auto _ : state) {
+  timeDownload(state, true, [](GPUImage2D*, std::vector<unsigned char>& out) {
     glReadPixels(0, 0, kW, kH, GL_RGBA, GL_UNSIGNED_BYTE, out.data());
-    benchmark::DoNotOptimize(out.data());
-  }
-  GPUFramebuffer::setFramebufferTarget(nullptr, nullptr);
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(out.size()));
+  });
 }
 
 // Reference: one plain copy of the frame.

@@ -26,42 +26,49 @@ std::vector<uint8_t> noisePicture(size_t bytes) {
 // Standard deviation of the stack blur's triangular kernel of radius r.
 double triangularSigma(int r) { return std::sqrt(r * (r + 2.0) / 6.0); }
 
-void BM_StackBlur(benchmark::State& state) {
-  const int r = (int)state.range(0);
-  std::vector<uint8_t> px = noisePicture((size_t)kW * kH * 4);
+// Times fn on a noise picture of `bytes` bytes, changed in place run after run.
+template <typename Fn>
+void timeOnNoise(benchmark::State& state, size_t bytes, Fn fn) {
+  std::vector<uint8_t> px = noisePicture(bytes);
   for (auto _ : state) {
-    stack_blur(px.data(), kW, kH, r);
+    fn(px.data());
     benchmark::ClobberMemory();
   }
+}
+
+// Times an OpenCV filter of the picture the stack blur gets, single-threaded.
+template <typename Filter>
+void timeCv(benchmark::State& state, Filter filter) {
+  cv::setNumThreads(1);
+  std::vector<uint8_t> px = noisePicture((size_t)kW * kH * 4);
+  cv::Mat img(kH, kW, CV_8UC4, px.data());
+  cv::Mat out;
+  for (auto _ : state) {
+    filter(img, out);
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * kW * kH);
+}
+
+void BM_StackBlur(benchmark::State& state) {
+  const int r = (int)state.range(0);
+  timeOnNoise(state, (size_t)kW * kH * 4, [r](uint8_t* px) { stack_blur(px, kW, kH, r); });
   state.SetItemsProcessed(state.iterations() * kW * kH);
 }
 
 void BM_CvGaussianBlur(benchmark::State& state) {
-  cv::setNumThreads(1);
-  const int r = (int)state.range(0);
-  std::vector<uint8_t> px = noisePicture((size_t)kW * kH * 4);
-  cv::Mat img(kH, kW, CV_8UC4, px.data());
-  cv::Mat out;
-  const double sigma = triangularSigma(r);
+  const double sigma = triangularSigma((int)state.range(0));
   state.SetLabel("sigma " + std::to_string(sigma).substr(0, 5));
-  for (auto _ : state) {
+  timeCv(state, [sigma](const cv::Mat& img, cv::Mat& out) {
     cv::GaussianBlur(img, out, cv::Size(0, 0), sigma, sigma, cv::BORDER_REPLICATE);
-    benchmark::ClobberMemory();
-  }
-  state.SetItemsProcessed(state.iterations() * kW * kH);
+  });
 }
 
 void BM_CvBoxBlur(benchmark::State& state) {
-  cv::setNumThreads(1);
   const int r = (int)state.range(0);
-  std::vector<uint8_t> px = noisePicture((size_t)kW * kH * 4);
-  cv::Mat img(kH, kW, CV_8UC4, px.data());
-  cv::Mat out;
-  for (auto _ : state) {
+  timeCv(state, [r](const cv::Mat& img, cv::Mat& out) {
     cv::blur(img, out, cv::Size(2 * r + 1, 2 * r + 1), cv::Point(-1, -1), cv::BORDER_REPLICATE);
-    benchmark::ClobberMemory();
-  }
-  state.SetItemsProcessed(state.iterations() * kW * kH);
+  });
 }
 
 BENCHMARK(BM_StackBlur)->Arg(10)->Arg(50)->Unit(benchmark::kMillisecond);
@@ -72,20 +79,14 @@ BENCHMARK(BM_CvBoxBlur)->Arg(10)->Arg(50)->Unit(benchmark::kMillisecond);
 constexpr size_t kBlendPixels = 4000 * 3000;
 
 void BM_AlphaBlendNeon(benchmark::State& state) {
-  std::vector<uint8_t> px = noisePicture(kBlendPixels * 4);
-  for (auto _ : state) {
-    alpha_blend_neon(px.data(), (int)kBlendPixels, 30, 60, 90, 77);
-    benchmark::ClobberMemory();
-  }
+  timeOnNoise(state, kBlendPixels * 4,
+              [](uint8_t* px) { alpha_blend_neon(px, (int)kBlendPixels, 30, 60, 90, 77); });
   state.SetBytesProcessed(state.iterations() * kBlendPixels * 4);
 }
 
 void BM_AlphaBlendScalar(benchmark::State& state) {
-  std::vector<uint8_t> px = noisePicture(kBlendPixels * 4);
-  for (auto _ : state) {
-    alpha_blend(px.data(), (int)kBlendPixels, 30, 60, 90, 77);
-    benchmark::ClobberMemory();
-  }
+  timeOnNoise(state, kBlendPixels * 4,
+              [](uint8_t* px) { alpha_blend(px, (int)kBlendPixels, 30, 60, 90, 77); });
   state.SetBytesProcessed(state.iterations() * kBlendPixels * 4);
 }
 

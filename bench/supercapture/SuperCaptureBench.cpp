@@ -40,33 +40,31 @@ void BM_Memcpy(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() * frameBytes(state));
 }
 
-template <typename Scheme>
-void BM_Process(benchmark::State& state) {
+// Times step() on a scheme primed with `primed` frames of the given seed.
+template <typename Scheme, typename Step>
+void timeScheme(benchmark::State& state, unsigned seed, int primed, Step step) {
   unsigned w = static_cast<unsigned>(state.range(0)), h = static_cast<unsigned>(state.range(1));
   auto_ptr<Scheme> scheme(new Scheme());
   scheme->init(w, h, 1);
-  auto_ptr<SuperCaptureFrame> frame = makeFrame(w, h, 2);
-  // One frame first so the mean scheme is timed on its accumulate path.
-  scheme->process(frame);
+  auto_ptr<SuperCaptureFrame> frame = makeFrame(w, h, seed);
+  for (int i = 0; i < primed; ++i) scheme->process(frame);
   for (auto _ : state) {
-    scheme->process(frame);
+    step(scheme, frame);
     benchmark::ClobberMemory();
   }
   state.SetBytesProcessed(state.iterations() * frameBytes(state));
 }
 
+// One frame first so the mean scheme is timed on its accumulate path.
+template <typename Scheme>
+void BM_Process(benchmark::State& state) {
+  timeScheme<Scheme>(state, 2, 1, [](auto_ptr<Scheme>& s, auto_ptr<SuperCaptureFrame>& f) { s->process(f); });
+}
+
 template <typename Scheme>
 void BM_GetResult(benchmark::State& state) {
-  unsigned w = static_cast<unsigned>(state.range(0)), h = static_cast<unsigned>(state.range(1));
-  auto_ptr<Scheme> scheme(new Scheme());
-  scheme->init(w, h, 1);
-  auto_ptr<SuperCaptureFrame> frame = makeFrame(w, h, 3);
-  for (int i = 0; i < 3; ++i) scheme->process(frame);
-  for (auto _ : state) {
-    scheme->getResult(frame);
-    benchmark::ClobberMemory();
-  }
-  state.SetBytesProcessed(state.iterations() * frameBytes(state));
+  timeScheme<Scheme>(state, 3, 3,
+                     [](auto_ptr<Scheme>& s, auto_ptr<SuperCaptureFrame>& f) { s->getResult(f); });
 }
 
 // A whole burst of 10 frames through the flat interface (copy in, merge,

@@ -3,17 +3,15 @@
 // $OV_SAMPLES/coffee.jpg.
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
 
-#include "core/Stream.h"
 #include "filters/ImageFilters.h"
 #include "image/FlatImage.h"
-#include "image/Image.h"
-#include "image/ImageDecoder.h"
+#include "support/DemoArgs.h"
 #include "support/PictureWriter.h"
+#include "support/SamplePhoto.h"
 
 namespace {
 
@@ -81,21 +79,6 @@ void drawText(std::vector<uint8_t>& rgb, int width, int height, int x0, int y0, 
 
 // --- the photograph and the filters ----------------------------------------
 
-bool loadRgba(const std::string& path, std::vector<uint8_t>& rgba, int* w, int* h) {
-  auto_ptr<Stream> stream(new FileStream(path.c_str(), FileStream::FILE_MODE_READ));
-  auto_ptr<Image> image(Image::createImage(1, 1, 1, Image::IMAGE_FORMAT_RGB, nullptr));
-  auto_ptr<ImageDecoder> decoder(new JpegDecoder());
-  if (decoder->decode(stream, image) != 1 || image->format != Image::IMAGE_FORMAT_RGB) return false;
-  *w = static_cast<int>(image->width);
-  *h = static_cast<int>(image->height);
-  rgba.resize(size_t(*w) * *h * 4);
-  for (size_t i = 0; i < size_t(*w) * *h; ++i) {
-    memcpy(&rgba[i * 4], &image->planes[0][i * 3], 3);
-    rgba[i * 4 + 3] = 255;
-  }
-  return true;
-}
-
 // A teal-and-orange grade with a gentle S-curve, written as a 4096 x 64
 // lookup bitmap: row r, block g, column b hold the graded (r, g, b).
 std::vector<uint8_t> gradedTable() {
@@ -143,18 +126,12 @@ bool runFilter(const char* name, const std::vector<uint8_t>& in, int w, int h, f
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) {
-    fprintf(stderr, "usage: %s <output folder>\n", argv[0]);
-    return 2;
-  }
-  const char* samples = getenv("OV_SAMPLES");
-  std::string path = std::string(samples != nullptr ? samples : "samples") + "/coffee.jpg";
-  std::vector<uint8_t> photo;
-  int w = 0, h = 0;
-  if (!loadRgba(path, photo, &w, &h)) {
-    fprintf(stderr, "cannot decode %s\n", path.c_str());
-    return 1;
-  }
+  std::string out;
+  if (!demo::outputFolder(argc, argv, &out)) return 2;
+  const demo::RgbPhoto sample = demo::loadSamplePhoto("coffee.jpg");
+  if (sample.width == 0) return 1;
+  const int w = sample.width, h = sample.height;
+  const std::vector<uint8_t> photo = demo::toRgba(sample);
 
   std::vector<Tile> tiles;
   tiles.push_back({"ORIGINAL", photo});
@@ -212,11 +189,11 @@ int main(int argc, char** argv) {
     }
     drawText(sheet, sw, sh, x0, y0 + th + 5, tiles[i].label, 2);
   }
-  std::string out = std::string(argv[1]) + "/filters-contact-sheet.png";
-  if (!demo::writePng(out, sheet.data(), sw, sh, 3)) {
-    fprintf(stderr, "cannot write %s\n", out.c_str());
+  const std::string path = out + "/filters-contact-sheet.png";
+  if (!demo::writePng(path, sheet.data(), sw, sh, 3)) {
+    fprintf(stderr, "cannot write %s\n", path.c_str());
     return 1;
   }
-  printf("wrote %s (%d x %d, %zu filters)\n", out.c_str(), sw, sh, tiles.size() - 1);
+  printf("wrote %s (%d x %d, %zu filters)\n", path.c_str(), sw, sh, tiles.size() - 1);
   return 0;
 }

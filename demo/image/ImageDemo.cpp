@@ -8,14 +8,15 @@
 //   image-via-yuyv.png     RGB -> YUYV -> RGB, for comparison
 //   image-reencoded.jpg    the NV21 round trip encoded at quality 90
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include "core/Stream.h"
 #include "image/ColorConvert.h"
 #include "image/ImageDecoder.h"
 #include "image/ImageEncoder.h"
+#include "support/DemoArgs.h"
 #include "support/PictureWriter.h"
+#include "support/SamplePhoto.h"
 
 namespace {
 
@@ -34,10 +35,9 @@ bool png(const std::string& path, const Image* image, int channels) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) return fail("usage: demo-image <output folder>");
-  const std::string out = argv[1];
-  const char* samples = getenv("OV_SAMPLES");
-  const std::string input = std::string(samples != nullptr ? samples : "samples") + "/coffee.jpg";
+  std::string out;
+  if (!demo::outputFolder(argc, argv, &out)) return 2;
+  const std::string input = demo::samplePath("coffee.jpg");
 
   auto_ptr<Stream> in(new FileStream(input.c_str(), FileStream::FILE_MODE_READ));
   ImageDecoderFactory decoders;

@@ -1,32 +1,16 @@
 // Blurs and tints the sample photograph the way the Java BlurRender does,
 // shows the other blurs beside it, and draws the photo's LBP pattern map.
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
-#include "core/RefBase.h"
-#include "core/Stream.h"
-#include "image/Image.h"
-#include "image/ImageDecoder.h"
 #include "imgproc/Blur.h"
 #include "imgproc/Lbp.h"
+#include "support/DemoArgs.h"
 #include "support/PictureWriter.h"
+#include "support/SamplePhoto.h"
 
 namespace {
-
-bool decodePhoto(const std::string& path, int* w, int* h, std::vector<unsigned char>* rgb) {
-  auto_ptr<Stream> stream(new FileStream(path.c_str(), FileStream::FILE_MODE_READ));
-  auto_ptr<ImageDecoderFactory> factory(new ImageDecoderFactory());
-  auto_ptr<ImageDecoder> decoder(factory->createImageDecoder(stream));
-  if (decoder.get() == nullptr) return false;
-  auto_ptr<Image> image(Image::createImage(1, 1, 1, Image::IMAGE_FORMAT_RGB, nullptr));
-  if (decoder->decode(stream, image) != 1 || image->format != Image::IMAGE_FORMAT_RGB) return false;
-  *w = (int)image->width;
-  *h = (int)image->height;
-  rgb->assign(image->planes[0], image->planes[0] + (size_t)*w * *h * 3);
-  return true;
-}
 
 bool save(const std::string& dir, const char* name, const unsigned char* px, int w, int h, int channels) {
   const std::string path = dir + "/" + name;
@@ -41,28 +25,18 @@ bool save(const std::string& dir, const char* name, const unsigned char* px, int
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) {
-    fprintf(stderr, "usage: %s OUTPUT_DIR (samples from $OV_SAMPLES)\n", argv[0]);
-    return 2;
-  }
-  const std::string out = argv[1];
-  const char* samples = getenv("OV_SAMPLES");
-  const std::string photo = std::string(samples ? samples : "samples") + "/coffee.jpg";
-
-  int w = 0, h = 0;
-  std::vector<unsigned char> rgb;
-  if (!decodePhoto(photo, &w, &h, &rgb)) {
-    fprintf(stderr, "cannot decode %s\n", photo.c_str());
-    return 1;
-  }
+  std::string out;
+  if (!demo::outputFolder(argc, argv, &out)) return 2;
+  const demo::RgbPhoto photo = demo::loadSamplePhoto("coffee.jpg");
+  if (photo.width == 0) return 1;
+  const int w = photo.width, h = photo.height;
+  const std::vector<unsigned char>& rgb = photo.rgb;
   const size_t n = (size_t)w * h;
-  std::vector<unsigned char> rgba(n * 4), gray(n);
-  for (size_t i = 0; i < n; ++i) {
-    for (int c = 0; c < 3; ++c) rgba[i * 4 + c] = rgb[i * 3 + c];
-    rgba[i * 4 + 3] = 255;
+  const std::vector<unsigned char> rgba = demo::toRgba(photo);
+  std::vector<unsigned char> gray(n);
+  for (size_t i = 0; i < n; ++i)
     gray[i] = (unsigned char)((77 * rgb[i * 3] + 150 * rgb[i * 3 + 1] + 29 * rgb[i * 3 + 2]) >> 8);
-  }
-  printf("%s: %dx%d\n", photo.c_str(), w, h);
+  printf("%s: %dx%d\n", demo::samplePath("coffee.jpg").c_str(), w, h);
   bool ok = save(out, "imgproc-photo.png", rgba.data(), w, h, 4);
 
   // The BlurRender path: stack blur, then a warm tint over every whole group of eight pixels.

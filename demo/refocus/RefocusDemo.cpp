@@ -9,8 +9,9 @@
 
 #include "imgproc/Blur.h"
 #include "refocus/Refocus.h"
+#include "support/DemoArgs.h"
 #include "support/PictureWriter.h"
-#include "watermark/SamplePhoto.h"
+#include "support/SamplePhoto.h"
 
 namespace {
 
@@ -53,11 +54,8 @@ std::vector<unsigned char> drawMap(const demo::RgbPhoto& photo, const std::vecto
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) {
-    fprintf(stderr, "usage: %s OUTPUT_DIR\n", argv[0]);
-    return 2;
-  }
-  const std::string out = argv[1];
+  std::string out;
+  if (!demo::outputFolder(argc, argv, &out)) return 2;
   const demo::RgbPhoto photo = demo::loadSamplePhoto("coffee.jpg");
   if (photo.width == 0) return 1;
   const demo::RgbPhoto big = demo::resizeNearest(photo, photo.width * kScale, photo.height * kScale);

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "supercapture/SuperCapture.h"
+#include "support/DemoArgs.h"
 #include "support/PictureWriter.h"
 
 namespace {
@@ -147,11 +148,8 @@ bool runBurst(const std::string& dir, const std::string& name, const std::vector
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) {
-    std::fprintf(stderr, "usage: %s <output folder>\n", argv[0]);
-    return 2;
-  }
-  const std::string dir = argv[1];
+  std::string dir;
+  if (!demo::outputFolder(argc, argv, &dir)) return 2;
   const std::vector<double> s = scene();
   bool ok = runBurst(dir, "dark", s, 28.0, 2.0, 3.0, 6.0, 1);
   ok &= runBurst(dir, "bright", s, 170.0, 40.0, 12.0, 1.0, 2);

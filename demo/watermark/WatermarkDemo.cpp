@@ -5,8 +5,9 @@
 #include <vector>
 
 #include "image/ColorConvert.h"
+#include "support/DemoArgs.h"
 #include "support/PictureWriter.h"
-#include "watermark/SamplePhoto.h"
+#include "support/SamplePhoto.h"
 #include "watermark/TimestampWatermark.h"
 
 namespace {
@@ -25,11 +26,8 @@ bool stampAndWrite(const demo::RgbPhoto& photo, const std::string& path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) {
-    fprintf(stderr, "usage: %s OUTPUT_DIR\n", argv[0]);
-    return 2;
-  }
-  const std::string out = argv[1];
+  std::string out;
+  if (!demo::outputFolder(argc, argv, &out)) return 2;
   const demo::RgbPhoto photo = demo::loadSamplePhoto("coffee.jpg");
   if (photo.width == 0) return 1;
   bool ok = stampAndWrite(photo, out + "/watermark_coffee.png");

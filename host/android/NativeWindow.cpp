@@ -36,6 +36,15 @@ HostWindow* find(ANativeWindow* window) {
   return nullptr;
 }
 
+// One size or format field of a known window, else -EINVAL.
+int32_t readField(ANativeWindow* window, int HostWindow::*field) {
+  pthread_mutex_lock(&gLock);
+  HostWindow* w = find(window);
+  int32_t value = w != nullptr ? w->*field : -EINVAL;
+  pthread_mutex_unlock(&gLock);
+  return value;
+}
+
 void unlink(HostWindow* target) {
   for (HostWindow** p = &gWindows; *p != nullptr; p = &(*p)->next) {
     if (*p == target) {
@@ -154,27 +163,15 @@ HOST_API void ANativeWindow_release(ANativeWindow* window) {
 }
 
 HOST_API int32_t ANativeWindow_getWidth(ANativeWindow* window) {
-  pthread_mutex_lock(&gLock);
-  HostWindow* w = find(window);
-  int32_t value = w != nullptr ? w->width : -EINVAL;
-  pthread_mutex_unlock(&gLock);
-  return value;
+  return readField(window, &HostWindow::width);
 }
 
 HOST_API int32_t ANativeWindow_getHeight(ANativeWindow* window) {
-  pthread_mutex_lock(&gLock);
-  HostWindow* w = find(window);
-  int32_t value = w != nullptr ? w->height : -EINVAL;
-  pthread_mutex_unlock(&gLock);
-  return value;
+  return readField(window, &HostWindow::height);
 }
 
 HOST_API int32_t ANativeWindow_getFormat(ANativeWindow* window) {
-  pthread_mutex_lock(&gLock);
-  HostWindow* w = find(window);
-  int32_t value = w != nullptr ? w->format : -EINVAL;
-  pthread_mutex_unlock(&gLock);
-  return value;
+  return readField(window, &HostWindow::format);
 }
 
 // Width and height 0 keep the current size; otherwise both must be positive

@@ -1,9 +1,8 @@
-#pragma once
+#include "support/SamplePhoto.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
-#include <vector>
 
 #include "core/RefBase.h"
 #include "core/Stream.h"
@@ -12,19 +11,14 @@
 
 namespace demo {
 
-// An RGB photograph, rows packed.
-struct RgbPhoto {
-  int width = 0;
-  int height = 0;
-  std::vector<unsigned char> rgb;
-};
-
-// Decodes OV_SAMPLES/name with the library's JPEG decoder; gray files are
-// spread to three equal channels. Empty on failure (with a message).
-inline RgbPhoto loadSamplePhoto(const char* name) {
-  RgbPhoto photo;
+std::string samplePath(const char* name) {
   const char* dir = getenv("OV_SAMPLES");
-  const std::string path = std::string(dir ? dir : "samples") + "/" + name;
+  return std::string(dir != nullptr ? dir : "samples") + "/" + name;
+}
+
+RgbPhoto loadSamplePhoto(const char* name) {
+  RgbPhoto photo;
+  const std::string path = samplePath(name);
   auto_ptr<Stream> stream(new FileStream(path.c_str(), FileStream::FILE_MODE_READ));
   auto_ptr<Image> image(Image::createImage(1, 1, 1, Image::IMAGE_FORMAT_GRAY, nullptr));
   auto_ptr<ImageDecoder> decoder(new JpegDecoder());
@@ -44,8 +38,17 @@ inline RgbPhoto loadSamplePhoto(const char* name) {
   return photo;
 }
 
-// Nearest-neighbour resize, enough for making demo inputs of camera sizes.
-inline RgbPhoto resizeNearest(const RgbPhoto& src, int width, int height) {
+std::vector<unsigned char> toRgba(const RgbPhoto& photo) {
+  const size_t n = size_t(photo.width) * photo.height;
+  std::vector<unsigned char> rgba(n * 4);
+  for (size_t i = 0; i < n; ++i) {
+    for (int c = 0; c < 3; ++c) rgba[4 * i + c] = photo.rgb[3 * i + c];
+    rgba[4 * i + 3] = 255;
+  }
+  return rgba;
+}
+
+RgbPhoto resizeNearest(const RgbPhoto& src, int width, int height) {
   RgbPhoto out;
   out.width = width;
   out.height = height;
