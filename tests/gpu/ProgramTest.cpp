@@ -157,24 +157,6 @@ TEST_F(GPUProgramTest, ParameterTypes) {
   }
 }
 
-TEST_F(GPUProgramTest, HostValueArraysAndTranspose) {
-  auto_ptr<GPUProgram> program =
-      makeProgram(ctx.get(),
-                  "precision mediump float;\nuniform float arr[2];\nuniform mat2 m;\n"
-                  "void main() { gl_FragColor = vec4(arr[0], arr[1], m[0][1], m[1][0]); }\n");
-  ASSERT_TRUE(program->beganCompute());
-  float arr[2] = {0.2f, 0.6f};
-  program->_SetHostValue1fv("arr", 2, arr);
-  const float m[4] = {0.0f, 0.4f, 0.8f, 1.0f};       // columns (0, 0.4) and (0.8, 1)
-  program->_SetHostValueMatrix2fv("m", 1, true, m);  // transposed: m[0][1] = 0.8, m[1][0] = 0.4
-  program->_SetHostValue1fv("arr", 2, nullptr);      // ignored
-  Pixels px = drawOnce(ctx.get(), program.get(), 1, 1);
-  EXPECT_NEAR(px[0], 51, 1);
-  EXPECT_NEAR(px[1], 153, 1);
-  EXPECT_NEAR(px[2], 204, 1);
-  EXPECT_NEAR(px[3], 102, 1);
-}
-
 // The default quad samples the texture a quarter turn against the output:
 // at normalised device position (X, Y), s = (Y + 1) / 2 and t = (1 - X) / 2.
 TEST_F(GPUProgramTest, DefaultVerticesTurnAQuarter) {
