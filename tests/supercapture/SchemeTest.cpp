@@ -39,16 +39,6 @@ Bytes merge(std::vector<Bytes> frames, unsigned w, unsigned h, unsigned char car
   return readBack(carrier);
 }
 
-// Low light keeps the per-byte maximum, high light the truncated mean.
-TEST(SuperCaptureScheme, WorkedExamples) {
-  // 2x1 pixels = 4 bytes over three frames.
-  const std::vector<Bytes> low = {{0, 10, 255, 7}, {1, 200, 0, 7}, {0, 50, 254, 8}};
-  EXPECT_EQ(merge<SuperCaptureLowLightScheme>(low, 2, 1), (Bytes{1, 200, 255, 8}));
-  // 10, 20, 31 -> 61 / 3 = 20; 255 x 3 stays 255; 1, 1, 0 -> 0; 254, 255, 255 -> 254.
-  const std::vector<Bytes> high = {{10, 255, 1, 254}, {20, 255, 1, 255}, {31, 255, 0, 255}};
-  EXPECT_EQ(merge<SuperCaptureHighLightScheme>(high, 2, 1), (Bytes{20, 255, 0, 254}));
-}
-
 TEST(SuperCaptureScheme, MeanIsExactWhenTheSumIsAMultipleOfTheCount) {
   // 49 identical frames sum to exactly 49 x k, a case where a quotient
   // rounded the wrong way (49 x k x fl(1 / 49) < k) would give k - 1.
