@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -37,17 +38,14 @@ TEST(TimestampGlyphs, SetsHaveTheTabulatedSizesAndDarkGlyphsOnPaper) {
 TEST(TimestampWatermarkImage, WidthsAddUpAndGlyphsLandInvertedAtTheirAdvance) {
   unsigned char* out = nullptr;
   int w = 0, h = 0;
-  // 12 digits x 66 + ":" "-" "-" and the blank x 42 = 960.
-  CreateTimestampWatermark("2016-01-01 12:00", &out, &w, &h, 1);
-  ASSERT_NE(out, nullptr);
-  EXPECT_EQ(w, 960);
-  EXPECT_EQ(h, 108);
-  galloc_free(out);
-  CreateTimestampWatermark("2016-01-01 12:00", &out, &w, &h, 0);
-  EXPECT_EQ(w, 12 * 90 + 4 * 60);
-  EXPECT_EQ(h, 160);
-  galloc_free(out);
-
+  // 16:9: 12 digits x 66 + ":" "-" "-" and the blank x 42 = 960; 4:3: digits 90, others 60.
+  for (auto [set, width, height] : {std::tuple{1, 960, 108}, {0, 12 * 90 + 4 * 60, 160}}) {
+    CreateTimestampWatermark("2016-01-01 12:00", &out, &w, &h, set);
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(w, width);
+    EXPECT_EQ(h, height);
+    galloc_free(out);
+  }
   const char* text = "1- 0";
   CreateTimestampWatermark(text, &out, &w, &h, 1);
   ASSERT_EQ(w, 66 + 42 + 42 + 66);
@@ -138,16 +136,8 @@ void checkStamp(int width, int height, const char* text, const Placement& p) {
   std::vector<unsigned char> photo = testPhoto(width, height);
   const std::vector<unsigned char> before = photo;
   ASSERT_EQ(make_photo_timestamp_watermark_to_yuyv(photo.data(), width, height, text), 1);
-  // Changes only inside the stamp's rectangle, with ink over most of its height.
-  int top = height, bottom = -1;
-  for (size_t i = 0; i < photo.size(); ++i) {
-    if (photo[i] == before[i]) continue;
-    const int x = int((i / 2) % width), y = int((i / 2) / width);
-    ASSERT_TRUE(x >= p.xs && x < p.xs + p.sw && y >= p.y0 && y < p.y0 + p.sh) << x << "," << y;
-    top = std::min(top, y);
-    bottom = std::max(bottom, y);
-  }
-  EXPECT_GT(bottom - top, p.sh / 2);
+  // The reference changes nothing outside the stamp's rectangle.
+  EXPECT_FALSE(photo == before);
   EXPECT_TRUE(photo == expectedPhoto(before, width, text, p));
 }
 
