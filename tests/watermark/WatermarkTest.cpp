@@ -12,18 +12,14 @@
 namespace {
 
 TEST(TimestampGlyphs, SetsHaveTheTabulatedSizesAndDarkGlyphsOnPaper) {
-  struct Set {
-    Symbol* (*lookup)(char);
-    int digitWidth, narrowWidth, height;
-  };
-  for (const Set& set :
-       {Set{GetTimestampSymbol_4_to_3, 90, 60, 160}, Set{GetTimestampSymbol_16_to_9, 66, 42, 108}}) {
+  for (auto [lookup, digitWidth, narrowWidth, height] :
+       {std::tuple{&GetTimestampSymbol_4_to_3, 90, 60, 160}, {&GetTimestampSymbol_16_to_9, 66, 42, 108}}) {
     for (char c : std::string("0123456789:- ")) {
-      const Symbol* sym = set.lookup(c);
+      const Symbol* sym = lookup(c);
       ASSERT_NE(sym, nullptr) << c;
       EXPECT_EQ(sym->character & 0xFF, c);
-      EXPECT_EQ(sym->width, (c >= '0' && c <= '9') ? set.digitWidth : set.narrowWidth) << c;
-      EXPECT_EQ(sym->height, set.height);
+      EXPECT_EQ(sym->width, (c >= '0' && c <= '9') ? digitWidth : narrowWidth) << c;
+      EXPECT_EQ(sym->height, height);
       EXPECT_EQ(sym->bitmap == nullptr, c == ' ') << c;
       if (sym->bitmap == nullptr) continue;
       const int n = sym->width * sym->height;
@@ -31,7 +27,7 @@ TEST(TimestampGlyphs, SetsHaveTheTabulatedSizesAndDarkGlyphsOnPaper) {
       EXPECT_EQ(sym->bitmap[n - 1], 255);
       EXPECT_LT(*std::min_element(sym->bitmap, sym->bitmap + n), 16);  // real ink inside
     }
-    for (char c : std::string("aZ/.+\x80\xff")) EXPECT_EQ(set.lookup(c), nullptr) << int(c);
+    for (char c : std::string("aZ/.+\x80\xff")) EXPECT_EQ(lookup(c), nullptr) << int(c);
   }
 }
 
