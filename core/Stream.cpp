@@ -139,6 +139,27 @@ int MemoryStream::close() {
 
 // ---- StreamReader / StreamWriter
 
+namespace {
+
+// Values travel in host byte order; a reader or writer without a stream reads
+// 0 and writes nothing.
+template <typename T>
+T readValue(auto_ptr<Stream>& stream) {
+  if (stream == nullptr) return 0;
+  T v = 0;
+  stream->read(&v, sizeof(v));
+  return v;
+}
+
+template <typename T>
+int writeValue(auto_ptr<Stream>& stream, T value) {
+  if (stream == nullptr) return 0;
+  stream->write(&value, sizeof(value));
+  return 1;
+}
+
+}  // namespace
+
 StreamReader::StreamReader(Stream* stream) : mStream(stream) {}
 StreamReader::StreamReader(auto_ptr<Stream>& stream) : mStream(stream) {}
 
@@ -157,26 +178,11 @@ void StreamReader::flush() {
 }
 int StreamReader::close() { return mStream != nullptr ? mStream->close() : 0; }
 
-signed char StreamReader::readByte() {
-  if (mStream == nullptr) return 0;
-  signed char v = 0;
-  mStream->read(&v, sizeof(v));
-  return v;
-}
+signed char StreamReader::readByte() { return readValue<signed char>(mStream); }
 
-short StreamReader::readShortInt() {
-  if (mStream == nullptr) return 0;
-  short v = 0;
-  mStream->read(&v, sizeof(v));
-  return v;
-}
+short StreamReader::readShortInt() { return readValue<short>(mStream); }
 
-int StreamReader::readInt() {
-  if (mStream == nullptr) return 0;
-  int v = 0;
-  mStream->read(&v, sizeof(v));
-  return v;
-}
+int StreamReader::readInt() { return readValue<int>(mStream); }
 
 StreamWriter::StreamWriter(Stream* stream) : mStream(stream) {}
 StreamWriter::StreamWriter(auto_ptr<Stream>& stream) : mStream(stream) {}
@@ -196,20 +202,8 @@ void StreamWriter::flush() {
 }
 int StreamWriter::close() { return mStream != nullptr ? mStream->close() : 0; }
 
-int StreamWriter::writeByte(signed char value) {
-  if (mStream == nullptr) return 0;
-  mStream->write(&value, sizeof(value));
-  return 1;
-}
+int StreamWriter::writeByte(signed char value) { return writeValue(mStream, value); }
 
-int StreamWriter::writeShortInt(short value) {
-  if (mStream == nullptr) return 0;
-  mStream->write(&value, sizeof(value));
-  return 1;
-}
+int StreamWriter::writeShortInt(short value) { return writeValue(mStream, value); }
 
-int StreamWriter::writeInt(int value) {
-  if (mStream == nullptr) return 0;
-  mStream->write(&value, sizeof(value));
-  return 1;
-}
+int StreamWriter::writeInt(int value) { return writeValue(mStream, value); }

@@ -30,7 +30,7 @@ unsigned GPUImage2D::selectTextureFormat(int format) {
 }
 
 GPUImage2D::GPUImage2D(GPUContext* context, int width, int height, int format)
-    : context(context), framebuffer(context), pixelBuffer(context) {
+    : context(context), framebuffer(context), pixelBuffer(context), mOwnsTexture(true) {
   init(0, true, width, height, format, true, nullptr);
 }
 
@@ -39,9 +39,8 @@ GPUImage2D::GPUImage2D(auto_ptr<GPUContext>& context, int width, int height, int
 
 GPUImage2D::GPUImage2D(GPUContext* context, unsigned texture, int width, int height, int format,
                        bool allocate, bool own)
-    : context(context), framebuffer(context), pixelBuffer(context) {
+    : context(context), framebuffer(context), pixelBuffer(context), mOwnsTexture(own) {
   init(texture, false, width, height, format, allocate, nullptr);
-  mOwnsTexture = own;
 }
 
 GPUImage2D::GPUImage2D(auto_ptr<GPUContext>& context, unsigned texture, int width, int height, int format,
@@ -49,7 +48,7 @@ GPUImage2D::GPUImage2D(auto_ptr<GPUContext>& context, unsigned texture, int widt
     : GPUImage2D(context.get(), texture, width, height, format, allocate, own) {}
 
 GPUImage2D::GPUImage2D(GPUContext* context, int width, int height, int format, void* pixels)
-    : context(context), framebuffer(context), pixelBuffer(context) {
+    : context(context), framebuffer(context), pixelBuffer(context), mOwnsTexture(true) {
   init(0, true, width, height, format, true, pixels);
 }
 
@@ -59,7 +58,6 @@ GPUImage2D::GPUImage2D(auto_ptr<GPUContext>& context, int width, int height, int
 GPUImage2D::~GPUImage2D() { recycle(); }
 
 void GPUImage2D::init(unsigned existing, bool generate, int w, int h, int f, bool allocate, void* pixels) {
-  mOwnsTexture = true;
   texture = existing;
   width = w;
   height = h;
@@ -90,12 +88,7 @@ void GPUImage2D::allocateStorage(void* pixels) {
 
 void GPUImage2D::set(int w, int h, int f, void* pixels) {
   if (imageBytes(w, h, 1, f < 1 ? 1 : f) < 0) return;
-  width = w;
-  height = h;
-  format = f;
-  target = selectTextureTarget(f);
-  glFormat = selectTextureFormat(f);
-  allocateStorage(pixels);
+  init(texture, false, w, h, f, true, pixels);
 }
 
 bool GPUImage2D::upload(void* pixels, int size) {

@@ -19,7 +19,7 @@ unsigned GPUImage3D::selectTextureTarget(int format) {
 unsigned GPUImage3D::selectTextureFormat(int format) { return GPUImage2D::selectTextureFormat(format); }
 
 GPUImage3D::GPUImage3D(GPUContext* context, int width, int height, int depth, int format)
-    : context(context), pixelBuffer(context) {
+    : context(context), pixelBuffer(context), mOwnsTexture(true) {
   init(0, true, width, height, depth, format, true, nullptr);
 }
 
@@ -28,9 +28,8 @@ GPUImage3D::GPUImage3D(auto_ptr<GPUContext>& context, int width, int height, int
 
 GPUImage3D::GPUImage3D(GPUContext* context, unsigned texture, int width, int height, int depth, int format,
                        bool allocate, bool own)
-    : context(context), pixelBuffer(context) {
+    : context(context), pixelBuffer(context), mOwnsTexture(own) {
   init(texture, false, width, height, depth, format, allocate, nullptr);
-  mOwnsTexture = own;
 }
 
 GPUImage3D::GPUImage3D(auto_ptr<GPUContext>& context, unsigned texture, int width, int height, int depth,
@@ -38,7 +37,7 @@ GPUImage3D::GPUImage3D(auto_ptr<GPUContext>& context, unsigned texture, int widt
     : GPUImage3D(context.get(), texture, width, height, depth, format, allocate, own) {}
 
 GPUImage3D::GPUImage3D(GPUContext* context, int width, int height, int depth, int format, void* pixels)
-    : context(context), pixelBuffer(context) {
+    : context(context), pixelBuffer(context), mOwnsTexture(true) {
   init(0, true, width, height, depth, format, true, pixels);
 }
 
@@ -50,7 +49,6 @@ GPUImage3D::~GPUImage3D() { recycle(); }
 
 void GPUImage3D::init(unsigned existing, bool generate, int w, int h, int d, int f, bool allocate,
                       void* pixels) {
-  mOwnsTexture = true;
   texture = existing;
   width = w;
   height = h;
@@ -80,13 +78,7 @@ void GPUImage3D::allocateStorage(void* pixels) {
 
 void GPUImage3D::set(int w, int h, int d, int f, void* pixels) {
   if (imageBytes(w, h, d, f < 1 ? 1 : f) < 0) return;
-  width = w;
-  height = h;
-  depth = d;
-  format = f;
-  target = selectTextureTarget(f);
-  glFormat = selectTextureFormat(f);
-  allocateStorage(pixels);
+  init(texture, false, w, h, d, f, true, pixels);
 }
 
 void GPUImage3D::recycle() {

@@ -9,7 +9,6 @@
 
 #include "filters/ImageFilters.h"
 #include "image/FlatImage.h"
-#include "support/DemoArgs.h"
 #include "support/PictureWriter.h"
 #include "support/SamplePhoto.h"
 
@@ -127,9 +126,8 @@ bool runFilter(const char* name, const std::vector<uint8_t>& in, int w, int h, f
 
 int main(int argc, char** argv) {
   std::string out;
-  if (!demo::outputFolder(argc, argv, &out)) return 2;
-  const demo::RgbPhoto sample = demo::loadSamplePhoto("coffee.jpg");
-  if (sample.width == 0) return 1;
+  demo::RgbPhoto sample;
+  if (int failed = demo::startSampleDemo(argc, argv, "coffee.jpg", &out, &sample)) return failed;
   const int w = sample.width, h = sample.height;
   const std::vector<uint8_t> photo = demo::toRgba(sample);
 

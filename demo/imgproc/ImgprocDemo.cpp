@@ -6,7 +6,6 @@
 
 #include "imgproc/Blur.h"
 #include "imgproc/Lbp.h"
-#include "support/DemoArgs.h"
 #include "support/PictureWriter.h"
 #include "support/SamplePhoto.h"
 
@@ -26,9 +25,8 @@ bool save(const std::string& dir, const char* name, const unsigned char* px, int
 
 int main(int argc, char** argv) {
   std::string out;
-  if (!demo::outputFolder(argc, argv, &out)) return 2;
-  const demo::RgbPhoto photo = demo::loadSamplePhoto("coffee.jpg");
-  if (photo.width == 0) return 1;
+  demo::RgbPhoto photo;
+  if (int failed = demo::startSampleDemo(argc, argv, "coffee.jpg", &out, &photo)) return failed;
   const int w = photo.width, h = photo.height;
   const std::vector<unsigned char>& rgb = photo.rgb;
   const size_t n = (size_t)w * h;

@@ -9,7 +9,6 @@
 
 #include "imgproc/Blur.h"
 #include "refocus/Refocus.h"
-#include "support/DemoArgs.h"
 #include "support/PictureWriter.h"
 #include "support/SamplePhoto.h"
 
@@ -55,9 +54,8 @@ std::vector<unsigned char> drawMap(const demo::RgbPhoto& photo, const std::vecto
 
 int main(int argc, char** argv) {
   std::string out;
-  if (!demo::outputFolder(argc, argv, &out)) return 2;
-  const demo::RgbPhoto photo = demo::loadSamplePhoto("coffee.jpg");
-  if (photo.width == 0) return 1;
+  demo::RgbPhoto photo;
+  if (int failed = demo::startSampleDemo(argc, argv, "coffee.jpg", &out, &photo)) return failed;
   const demo::RgbPhoto big = demo::resizeNearest(photo, photo.width * kScale, photo.height * kScale);
   const int w = big.width, h = big.height;
   const size_t n = size_t(w) * h;

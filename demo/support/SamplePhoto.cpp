@@ -8,6 +8,7 @@
 #include "core/Stream.h"
 #include "image/Image.h"
 #include "image/ImageDecoder.h"
+#include "support/DemoArgs.h"
 
 namespace demo {
 
@@ -36,6 +37,12 @@ RgbPhoto loadSamplePhoto(const char* name) {
       photo.rgb[3 * i + c] =
           image->format == Image::IMAGE_FORMAT_GRAY ? image->planes[0][i] : image->planes[0][3 * i + c];
   return photo;
+}
+
+int startSampleDemo(int argc, char** argv, const char* sample, std::string* folder, RgbPhoto* photo) {
+  if (!outputFolder(argc, argv, folder)) return 2;
+  *photo = loadSamplePhoto(sample);
+  return photo->width == 0 ? 1 : 0;
 }
 
 std::vector<unsigned char> toRgba(const RgbPhoto& photo) {

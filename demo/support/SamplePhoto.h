@@ -20,6 +20,10 @@ std::string samplePath(const char* name);
 // Empty on failure (with a message).
 RgbPhoto loadSamplePhoto(const char* name);
 
+// Start of a demo run as `demo-x OUTPUT_DIR` on one sample: fills the output
+// folder and the photo and answers 0, or the exit code (2 usage, 1 no photo).
+int startSampleDemo(int argc, char** argv, const char* sample, std::string* folder, RgbPhoto* photo);
+
 // The photo with an opaque alpha channel added.
 std::vector<unsigned char> toRgba(const RgbPhoto& photo);
 

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "image/ColorConvert.h"
-#include "support/DemoArgs.h"
 #include "support/PictureWriter.h"
 #include "support/SamplePhoto.h"
 #include "watermark/TimestampWatermark.h"
@@ -27,9 +26,8 @@ bool stampAndWrite(const demo::RgbPhoto& photo, const std::string& path) {
 
 int main(int argc, char** argv) {
   std::string out;
-  if (!demo::outputFolder(argc, argv, &out)) return 2;
-  const demo::RgbPhoto photo = demo::loadSamplePhoto("coffee.jpg");
-  if (photo.width == 0) return 1;
+  demo::RgbPhoto photo;
+  if (int failed = demo::startSampleDemo(argc, argv, "coffee.jpg", &out, &photo)) return failed;
   bool ok = stampAndWrite(photo, out + "/watermark_coffee.png");
   // 4:3 and 16:9 camera sizes, where the glyphs are drawn larger.
   ok = stampAndWrite(demo::resizeNearest(photo, 2000, 1500), out + "/watermark_coffee_4x3.png") && ok;
