@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
+#include <utility>
 #include <vector>
 
 namespace model {
@@ -17,20 +18,18 @@ struct Vec4 {
 };
 
 struct Picture {
-  int width = 0, height = 0, channels = 4;
-  std::vector<uint8_t> pixels;
-  Picture(int w, int h, int c = 4) : width(w), height(h), channels(c), pixels(size_t(w) * h * c, 0) {}
-  uint8_t* at(int x, int y) { return &pixels[(size_t(y) * width + x) * channels]; }
-  const uint8_t* at(int x, int y) const { return &pixels[(size_t(y) * width + x) * channels]; }
+  int width = 0, height = 0;
+  std::vector<uint8_t> pixels;  // RGBA
+  Picture(int w, int h) : width(w), height(h), pixels(size_t(w) * h * 4, 0) {}
+  uint8_t* at(int x, int y) { return &pixels[(size_t(y) * width + x) * 4]; }
+  const uint8_t* at(int x, int y) const { return &pixels[(size_t(y) * width + x) * 4]; }
 };
 
 inline Vec4 texel(const Picture& p, int x, int y) {
   x = std::clamp(x, 0, p.width - 1);
   y = std::clamp(y, 0, p.height - 1);
   const uint8_t* q = p.at(x, y);
-  Vec4 v{q[0] / 255.0, q[1] / 255.0, q[2] / 255.0, 1.0};
-  if (p.channels == 4) v.a = q[3] / 255.0;
-  return v;
+  return {q[0] / 255.0, q[1] / 255.0, q[2] / 255.0, q[3] / 255.0};
 }
 
 inline Vec4 mix(const Vec4& a, const Vec4& b, double f) {
@@ -65,8 +64,6 @@ inline double h(double x) {
   return std::nearbyint(x * scale) / scale;
 }
 
-inline Vec4 h(const Vec4& v) { return {h(v.r), h(v.g), h(v.b), h(v.a)}; }
-
 using Shader = std::function<Vec4(double s, double t)>;
 
 // Runs `shader` for every pixel centre of a width x height viewport. The
@@ -74,7 +71,7 @@ using Shader = std::function<Vec4(double s, double t)>;
 // (-1,-1), (1,-1), (-1,1), (1,1) give s = 1 - y', t = 1 - x' over the
 // viewport fractions x', y': a quarter turn with a flip.
 inline Picture render(int width, int height, const Shader& shader) {
-  Picture out(width, height, 4);
+  Picture out(width, height);
   for (int j = 0; j < height; ++j) {
     for (int i = 0; i < width; ++i) {
       Vec4 c = shader(1.0 - (j + 0.5) / height, 1.0 - (i + 0.5) / width);
@@ -149,47 +146,12 @@ inline Shader extrusion(const Picture& in, double strength, double zoom, double 
   };
 }
 
-// The 64-step lookup: green picks two neighbouring blocks blended by its
-// fraction, blue the column (shifted by green / 5, one step off both block
-// edges), red the row. At half precision the block sum b + g0 * 64 near
-// 4096 keeps only even values and 4095 itself becomes 4096.
-inline Shader table(const Picture& in, const Picture& lut, double strength) {
-  return [&in, &lut, strength](double s, double t) {
-    Vec4 c = h(sample(in, s, t));
-    const double steps = 64.0, d1 = 63.0, total = h(steps * steps - 1.0), scale = h(d1 * 255.0 / 256.0);
-    double g = h(c.g * scale);
-    double g0 = std::floor(g);
-    double dg = h(g - g0);
-    double b = h(c.b * scale);
-    b = h(b + h(g0 / 5.0));
-    b = std::clamp(b, 1.0, d1 - 1.0);
-    double off0 = h(h(b + h(g0 * steps)) / total);
-    double off1 = h(h(b + h((g0 + 1.0) * steps)) / total);
-    Vec4 d0 = h(sample(lut, off0, c.r));
-    Vec4 dn = h(sample(lut, off1, c.r));
-    Vec4 looked = h(Vec4{h(d0.r * h(1.0 - dg)) + h(dn.r * dg), h(d0.g * h(1.0 - dg)) + h(dn.g * dg),
-                         h(d0.b * h(1.0 - dg)) + h(dn.b * dg), 0.0});
-    double k = h(1.0 - strength);
-    Vec4 out = h(Vec4{h(c.r * k) + h(looked.r * strength), h(c.g * k) + h(looked.g * strength),
-                      h(c.b * k) + h(looked.b * strength), 1.0});
-    out.a = 1.0;
-    return out;
-  };
-}
-
 // --- comparison ------------------------------------------------------------
 
-// Largest per-channel difference between a rendered picture and RGBA bytes, and where it is.
-struct Difference {
-  int worst = 0, x = -1, y = -1, channel = -1;
-};
-
-inline Difference compare(const Picture& a, const uint8_t* b) {
-  Difference d;
-  for (size_t i = 0; i < a.pixels.size(); ++i) {
-    int diff = std::abs(int(a.pixels[i]) - int(b[i]));
-    if (diff > d.worst) d = Difference{diff, int(i / 4 % a.width), int(i / 4 / a.width), int(i % 4)};
-  }
+// Largest per-channel difference between a rendered picture and RGBA bytes, and its byte index.
+inline std::pair<int, size_t> compare(const Picture& a, const uint8_t* b) {
+  std::pair<int, size_t> d{0, 0};
+  for (size_t i = 0; i < a.pixels.size(); ++i) d = std::max(d, {std::abs(int(a.pixels[i]) - int(b[i])), i});
   return d;
 }
 

@@ -61,8 +61,8 @@ class PrivateCache : public ::testing::Test {
 
 }  // namespace filtertest
 
-#define EXPECT_MATCHES(expected, actual, tolerance)                                                    \
-  do {                                                                                                 \
-    model::Difference d_ = model::compare((expected), (actual).data());                                \
-    EXPECT_LE(d_.worst, (tolerance)) << "at x " << d_.x << " y " << d_.y << " channel " << d_.channel; \
+#define EXPECT_MATCHES(expected, actual, tolerance)              \
+  do {                                                           \
+    auto d_ = model::compare((expected), (actual).data());       \
+    EXPECT_LE(d_.first, (tolerance)) << "at byte " << d_.second; \
   } while (0)

