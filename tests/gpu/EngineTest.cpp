@@ -20,12 +20,6 @@ class GPUEngineTest : public ::testing::Test {
   }
 };
 
-unsigned char pixelAt(int x, int y, int channel) {
-  unsigned char px[4] = {0, 0, 0, 0};
-  glReadPixels(x, y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, px);
-  return px[channel];
-}
-
 }  // namespace
 
 // Off-screen engines: sizes, current-state wrapping, teardown.
@@ -53,7 +47,9 @@ TEST_F(GPUEngineTest, PbufferLifecycle) {
   glClearColor(1.0f, 0.0f, 0.0f, 1.0f);
   glClear(GL_COLOR_BUFFER_BIT);
   engine->flush();
-  EXPECT_EQ(pixelAt(3, 3, 0), 255);
+  unsigned char px[4] = {0, 0, 0, 0};
+  glReadPixels(3, 3, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, px);
+  EXPECT_EQ(px[0], 255);
   engine->close();
   EXPECT_EQ(eglGetCurrentContext(), EGL_NO_CONTEXT);
   engine->destroy();

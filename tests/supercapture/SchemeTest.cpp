@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstring>
-#include <random>
 #include <vector>
 
 #include "core/Memory.h"
@@ -49,31 +47,6 @@ TEST(SuperCaptureScheme, MeanIsExactWhenTheSumIsAMultipleOfTheCount) {
   // One byte one short of a multiple truncates down.
   burst[0][15] = 254;
   EXPECT_EQ(merge<SuperCaptureHighLightScheme>(burst, 8, 1)[15], 254);
-}
-
-TEST(SuperCaptureScheme, VectorPathsMatchThePerByteDefinition) {
-  std::mt19937 rng(7);
-  // Sizes whose byte counts are and are not multiples of the vector step.
-  for (auto wh : {std::pair<unsigned, unsigned>{1, 1}, {3, 1}, {8, 2}, {37, 5}, {64, 33}}) {
-    unsigned n = wh.first * wh.second * 2;
-    for (int frames : {1, 2, 7}) {
-      std::vector<Bytes> burst(frames, Bytes(n));
-      std::vector<int> maxRef(n, 0), sumRef(n, 0);
-      for (auto& f : burst) {
-        for (unsigned i = 0; i < n; ++i) {
-          f[i] = static_cast<unsigned char>(rng());
-          maxRef[i] = std::max<int>(maxRef[i], f[i]);
-          sumRef[i] += f[i];
-        }
-      }
-      Bytes low = merge<SuperCaptureLowLightScheme>(burst, wh.first, wh.second);
-      Bytes high = merge<SuperCaptureHighLightScheme>(burst, wh.first, wh.second);
-      for (unsigned i = 0; i < n; ++i) {
-        ASSERT_EQ(low[i], maxRef[i]) << "byte " << i << " of " << n;
-        ASSERT_EQ(high[i], sumRef[i] / frames) << "byte " << i << " of " << n;
-      }
-    }
-  }
 }
 
 TEST(SuperCaptureScheme, LogLinesCarryTheCountBeforeIncrement) {
