@@ -1,32 +1,28 @@
 #include <gtest/gtest.h>
 
-#include <numeric>
 #include <vector>
 
+#include "core/Memory.h"
+#include "image/FlatImage.h"
 #include "image/Image.h"
 
 namespace {
-
 using Bytes = std::vector<unsigned char>;
-
 Bytes ramp(size_t n, int start) {
   Bytes b(n);
   for (size_t i = 0; i < n; ++i) b[i] = static_cast<unsigned char>(start + i);
   return b;
 }
-
-struct Layout {
-  Image::ImageFormatType format;
-  int bytesPerPixel;
-  long plane1;  // offset from the buffer, -1 for a null plane
-  long plane2;
-};
-
 }  // namespace
 
-// N = 8 * 4 = 32 pixels throughout: the offsets are N, N*3/2 and N*5/4.
-TEST(Image, EveryFormatCodeLaysOutItsPlanes) {
-  const Layout layouts[] = {
+// 8x4 = 32 pixels: the plane offsets are N, N*3/2 and N*5/4 (-1: null plane).
+// Single-plane formats copy every byte of their buffer (depth 2 doubles it).
+TEST(Image, EveryFormatCodeLaysOutAndCopiesItsPlanes) {
+  const struct {
+    Image::ImageFormatType format;
+    int bytesPerPixel;
+    long plane1, plane2;
+  } layouts[] = {
       {Image::IMAGE_FORMAT_GRAY, 1, -1, -1}, {Image::IMAGE_FORMAT_PACKED16, 2, -1, -1},
       {Image::IMAGE_FORMAT_RGB, 3, -1, -1},  {Image::IMAGE_FORMAT_RGBA, 4, -1, -1},
       {Image::IMAGE_FORMAT_YUV, 3, -1, -1},  {Image::IMAGE_FORMAT_YUYV, 2, -1, -1},
@@ -35,105 +31,44 @@ TEST(Image, EveryFormatCodeLaysOutItsPlanes) {
       {Image::IMAGE_FORMAT_NV12, 2, 32, 40}, {Image::IMAGE_FORMAT_NV21, 2, 32, 40},
   };
   int code = 1;
-  for (const Layout& l : layouts) {
-    SCOPED_TRACE(l.format);
-    EXPECT_EQ(l.format, code++);  // the codes are stored: 1..12 in this order
+  for (const auto& l : layouts) {
+    SCOPED_TRACE(code);
+    EXPECT_EQ(l.format, code++);  // the stored codes are 1..12 in this order
     Image image(8, 4, 1, l.format, nullptr);
     EXPECT_EQ(image.bytesPerPixel, l.bytesPerPixel);
     ASSERT_NE(image.planes[0], nullptr);
     EXPECT_EQ(image.planes[1], l.plane1 < 0 ? nullptr : image.planes[0] + l.plane1);
     EXPECT_EQ(image.planes[2], l.plane2 < 0 ? nullptr : image.planes[0] + l.plane2);
     EXPECT_EQ(image.planes[3], nullptr);
-    EXPECT_EQ(image.getRefCount(), 0);
+    if (l.plane1 < 0) {
+      Bytes src = ramp(8 * 4 * 2 * l.bytesPerPixel, 7);
+      unsigned char* planes[3] = {src.data(), nullptr, nullptr};
+      Image copy(8, 4, 2, l.format, planes);
+      ASSERT_NE(copy.planes[0], src.data());  // duplicated, never adopted
+      EXPECT_EQ(Bytes(copy.planes[0], copy.planes[0] + src.size()), src);
+    }
+  }
+  for (int format : {0, 13}) {
+    Image unknown(4, 4, 1, static_cast<Image::ImageFormatType>(format), nullptr);
+    for (unsigned char* p : unknown.planes) EXPECT_EQ(p, nullptr);
   }
 }
 
-TEST(Image, SinglePlaneFormatsCopyEveryByteOfTheirBuffer) {
-  for (int format = 1; format <= 7; ++format) {
-    SCOPED_TRACE(format);
-    const int bpp[] = {0, 1, 2, 3, 4, 3, 2, 2};
-    Bytes src = ramp(3 * 2 * 2 * bpp[format], 7);  // depth 2 doubles the buffer
-    unsigned char* planes[3] = {src.data(), nullptr, nullptr};
-    Image image(3, 2, 2, static_cast<Image::ImageFormatType>(format), planes);
-    ASSERT_NE(image.planes[0], nullptr);
-    EXPECT_NE(image.planes[0], src.data());  // duplicated, never adopted
-    EXPECT_EQ(Bytes(image.planes[0], image.planes[0] + src.size()), src);
-  }
-}
-
-// The third plane of the 4:2:2 planar format lands at N + 1, over the U data.
+// The third plane of the 4:2:2 planar format is copied to N + 1, over U.
 TEST(Image, Planar422CopiesTheVPlaneOneByteBehindU) {
-  const unsigned n = 8;
-  Bytes y = ramp(n, 0), u = ramp(n / 2, 100), v = ramp(n / 2, 200);
+  Bytes y = ramp(8, 0), u = ramp(4, 100), v = ramp(4, 200);
   unsigned char* planes[3] = {y.data(), u.data(), v.data()};
   Image image(4, 2, 1, Image::IMAGE_FORMAT_YUV422P, planes);
   const unsigned char* buf = image.planes[0];
   ASSERT_NE(buf, nullptr);
-  EXPECT_EQ(Bytes(buf, buf + n), y);
-  EXPECT_EQ(buf[n], 100);  // the first U byte survives
-  EXPECT_EQ(Bytes(buf + n + 1, buf + n + 5), v);
-  EXPECT_EQ(image.planes[2], buf + 12);  // the V plane pointer is where V should have gone
+  EXPECT_EQ(Bytes(buf, buf + 8), y);
+  EXPECT_EQ(buf[8], 100);
+  EXPECT_EQ(Bytes(buf + 9, buf + 13), v);
+  EXPECT_EQ(image.planes[2], buf + 12);
 }
 
-TEST(Image, SemiAndThreePlaneCopies) {
-  const unsigned n = 16;  // 4x4
-  Bytes y = ramp(n, 0), c1 = ramp(n / 2, 100), c2 = ramp(n / 4, 200);
-  {
-    unsigned char* planes[3] = {y.data(), c1.data(), nullptr};
-    Image image(4, 4, 1, Image::IMAGE_FORMAT_YV12, planes);
-    EXPECT_EQ(Bytes(image.planes[0], image.planes[0] + n), y);
-    EXPECT_EQ(Bytes(image.planes[1], image.planes[1] + n / 2), c1);
-  }
-  {
-    unsigned char* planes[3] = {y.data(), c1.data(), c2.data()};
-    Image image(4, 4, 1, Image::IMAGE_FORMAT_NV21, planes);
-    EXPECT_EQ(Bytes(image.planes[0], image.planes[0] + n), y);
-    EXPECT_EQ(Bytes(image.planes[1], image.planes[1] + n / 4), Bytes(c1.begin(), c1.begin() + n / 4));
-    EXPECT_EQ(Bytes(image.planes[2], image.planes[2] + n / 4), c2);
-  }
-}
-
-// A missing source plane means no copy at all, but the layout is still set.
-TEST(Image, MissingSourcePlaneSkipsTheCopyButKeepsTheLayout) {
-  Bytes y(16, 42);
-  unsigned char* planes[3] = {y.data(), nullptr, nullptr};
-  Image image(4, 4, 1, Image::IMAGE_FORMAT_YV12, planes);
-  ASSERT_NE(image.planes[0], nullptr);
-  EXPECT_EQ(image.planes[1], image.planes[0] + 16);
-  Image nv(4, 4, 1, Image::IMAGE_FORMAT_NV12, planes);
-  EXPECT_EQ(nv.planes[2], nv.planes[0] + 20);
-}
-
-TEST(Image, UnknownFormatsAllocateNothing) {
-  for (int format : {0, 13, 255}) {
-    Image image(4, 4, 1, static_cast<Image::ImageFormatType>(format), nullptr);
-    EXPECT_EQ(image.bytesPerPixel, 0);
-    for (unsigned char* p : image.planes) EXPECT_EQ(p, nullptr);
-  }
-}
-
-TEST(Image, SetReplacesTheBufferAndKeepsBytesPerPixelForUnknownFormats) {
-  Bytes rgb = ramp(2 * 2 * 3, 1);
-  unsigned char* planes[3] = {rgb.data(), nullptr, nullptr};
-  auto_ptr<Image> image(Image::createImage(1, 1, 1, Image::IMAGE_FORMAT_GRAY, nullptr));
-  ASSERT_NE(image, nullptr);
-  EXPECT_EQ(image->getRefCount(), 1);
-  image->set(2, 2, 1, Image::IMAGE_FORMAT_RGB, planes);
-  EXPECT_EQ(image->width, 2u);
-  EXPECT_EQ(image->format, Image::IMAGE_FORMAT_RGB);
-  EXPECT_EQ(image->bytesPerPixel, 3);
-  EXPECT_EQ(Bytes(image->planes[0], image->planes[0] + rgb.size()), rgb);
-
-  image->configuare(planes);  // again: a fresh copy, the old buffer freed (ASan)
-  EXPECT_EQ(Bytes(image->planes[0], image->planes[0] + rgb.size()), rgb);
-
-  image->set(2, 2, 1, static_cast<Image::ImageFormatType>(0), nullptr);
-  EXPECT_EQ(image->planes[0], nullptr);
-  EXPECT_EQ(image->bytesPerPixel, 3);  // left over from the last known format
-}
-
-// Byte counts that wrap in 32 bits are refused, so no plane can point past
-// the buffer (65536 * 65536 would wrap to 0, 40000 * 40000 * 3 to a small size).
+// Byte counts that wrap in 32 bits are refused (65536 * 65536 wraps to 0,
+// 40000 * 40000 * 3 to a small size), so no plane can point past the buffer.
 TEST(Image, SizesThatOverflow32BitsAreRefused) {
   const struct {
     unsigned w, h, d;
@@ -146,13 +81,47 @@ TEST(Image, SizesThatOverflow32BitsAreRefused) {
     Image image(c.w, c.h, c.d, c.f, nullptr);
     for (unsigned char* p : image.planes) EXPECT_EQ(p, nullptr);
   }
-  // Just below the limit the geometry is accepted (the allocation itself may
-  // still fail on a small machine, which also leaves the planes null).
-  Image ok(65535, 16, 1, Image::IMAGE_FORMAT_RGBA, nullptr);
-  EXPECT_EQ(ok.bytesPerPixel, 4);
+  EXPECT_EQ(ov_createImage(70000, 70000, 1), nullptr);
 }
 
-TEST(Image, ZeroSizedImageHasNoBuffer) {
-  Image image(0, 10, 1, Image::IMAGE_FORMAT_RGB, nullptr);
-  EXPECT_EQ(image.planes[0], nullptr);
+// Statistics and the integral image read the first width * height bytes
+// whatever channels and stride say.
+TEST(FlatImage, StatisticsAndIntegralImage) {
+  unsigned char px[12] = {1, 2, 3, 4, 5, 6, 200, 200, 200, 200, 200, 200};
+  flat::Image* image = ov_createImage(3, 2, 3, 10, px);
+  ASSERT_NE(image, nullptr);
+  EXPECT_EQ(ov_getGrayAvg(image), 3);  // 21 / 6
+  int avg = -1, max = -1, min = -1;
+  ov_getImageInfo(image, &avg, &max, &min);
+  EXPECT_EQ(avg * 100 + max * 10 + min, 361);
+  flat::IntegralImage* sat = ov_createIntegralImage(image);
+  ASSERT_NE(sat, nullptr);
+  EXPECT_EQ(std::vector<unsigned>(sat->data, sat->data + 6), (std::vector<unsigned>{1, 3, 6, 5, 12, 21}));
+  ov_releaseIntegralImage(sat);
+  ov_releaseImage(image);
+}
+
+// (0,0) (100,100) (200,0): M1 = 6 * (-2) / 400 = -0.03, so at t = 50 the
+// curve is 1.5 * 50 - 0.03 * 50^3 / 600 = 68.75; 150 mirrors it, and the
+// points in reverse order give the same curve. The scratch holds 100 points.
+TEST(FlatImage, HistogramCurveAndTheCountsItRefuses) {
+  double x[] = {0, 100, 200}, y[] = {0, 100, 0}, xr[] = {200, 100, 0};
+  for (double* xs : {x, xr}) {
+    double* curve = ov_calcHistogram(xs, y, 3);
+    ASSERT_NE(curve, nullptr);
+    EXPECT_NEAR(curve[50], 68.75, 1e-9);
+    EXPECT_NEAR(curve[150], 68.75, 1e-9);
+    EXPECT_NEAR(curve[100], 100.0, 1e-9);
+    EXPECT_EQ(curve[255], 0.0);  // the last control point's y
+    ov_free(curve);
+  }
+  std::vector<double> line(101);
+  for (int i = 0; i < 101; ++i) line[i] = i * 2.5;
+  EXPECT_EQ(ov_calcHistogram(line.data(), line.data(), 1), nullptr);
+  EXPECT_EQ(ov_calcHistogram(line.data(), line.data(), 101), nullptr);
+  EXPECT_EQ(ov_calcHistogram(nullptr, line.data(), 2), nullptr);
+  double* curve = ov_calcHistogram(line.data(), line.data(), 100);  // points on a line: the line
+  ASSERT_NE(curve, nullptr);
+  EXPECT_NEAR(curve[200], 200.0, 1e-6);
+  ov_free(curve);
 }
