@@ -1,6 +1,6 @@
 #pragma once
 // Direct, slow definitions of the blur and blend the library computes with
-// running sums and vector lanes; shared by the host tests and the ARM check.
+// running sums and vector lanes.
 #include <cstdint>
 #include <cstdlib>
 #include <random>

@@ -121,26 +121,6 @@ TEST(RefocusMap, CellSumsMatchAPerPixelReference) {
   }
 }
 
-TEST(RefocusTargets, CopiesRepeatedAddsAndRemoval) {
-  RFModule* m = RFModule_Create(600, 600, 2, 1);
-  int data[2] = {5, 9};
-  EXPECT_EQ(RFTarget_Create(nullptr, 2, 1), nullptr);
-  EXPECT_EQ(RFTarget_Create(data, 0, 1), nullptr);
-  RFTarget* t[3];
-  for (int k = 0; k < 3; ++k) RFModule_AddTarget(m, t[k] = RFTarget_Create(data, 2, 1), 1000 + k);
-  data[0] = 0;
-  EXPECT_EQ(t[0]->data[0], 5);     // a copy of the caller's sums
-  RFModule_AddTarget(m, t[1], 7);  // already listed: no loop, no count
-  EXPECT_EQ(m->targetCount, 3);
-  EXPECT_EQ(mapOf(m), (std::vector<int>{2, 2}));  // equal sums: the last
-  RFModule_RemoveTarget(m, t[2]);
-  RFModule_RemoveTarget(m, t[0]);
-  EXPECT_EQ(m->targetCount, 1);
-  EXPECT_EQ(m->positions[0], 1000);  // positions are not shifted
-  EXPECT_EQ(mapOf(m), (std::vector<int>{0, 0}));
-  RFModule_Release(&m);
-}
-
 TEST(RefocusHandles, ForeignTagAndZeroAreRefused) {
   auto* foreign = ov_malloc_has_tag(0x110012, sizeof(RFModule));
   auto frame = makeFrame(600, 600, [](int x, int) { return x; });

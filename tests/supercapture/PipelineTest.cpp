@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstring>
 #include <random>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -66,12 +65,6 @@ Bytes frame(unsigned w, unsigned h, unsigned char luma, std::vector<unsigned cha
 
 // How the log lines print planes 1 to 3 when they are null.
 const std::string kNil = ", planes[1]:(nil), planes[2]:(nil), planes[3]:(nil)";
-
-std::string hex(const void* p) {
-  std::ostringstream s;
-  s << p;
-  return s.str();
-}
 
 // Runs a whole burst through the flat interface and waits for every frame to
 // be merged before popping.
@@ -138,21 +131,6 @@ TEST(SuperCapturePipeline, NewestFrameIsTakenFirstAndCarriesTheResult) {
   c.final();
 }
 
-TEST(SuperCapturePipeline, FrameIdsFollowTheQueueLength) {
-  DeferredCapture c;
-  ASSERT_EQ(c.init(1, 1, 1), 0);
-  Bytes px = {30, 30}, out(2);
-  c.pushFrame(Planes(px));
-  c.pushFrame(Planes(px));
-  ASSERT_EQ(c.launch(), 0);
-  ASSERT_TRUE(waitUntilTaken(&c));
-  c.pushFrame(Planes(px));  // the queue is empty again: id 1 repeats
-  ASSERT_TRUE(waitUntilTaken(&c));
-  c.popFrame(Planes(out));
-  EXPECT_EQ(c.getResultFrame()->id, 1u);
-  c.final();
-}
-
 TEST(SuperCapturePipeline, InitRefusesBadArgumentsAndLogs) {
   LogCapture cap;
   // The last: the accumulator would need 2^32 bytes.
@@ -193,63 +171,6 @@ TEST(SuperCapturePipeline, FlatFunctionsRefuseWithTheirCodesAndLogLines) {
   EXPECT_EQ(super_capture_module_pop_frame(h, none), -1);
   EXPECT_EQ(super_capture_module_pop_frame(h, nullptr), -1);
   super_capture_module_destroy(h);
-}
-
-TEST(SuperCapturePipeline, OneBurstLogsEveryStepInOrder) {
-  LogCapture cap;
-  intptr_t h = super_capture_module_init(2, 2, 1);
-  ASSERT_NE(h, 0);
-  Bytes px = {30, 1, 30, 2, 30, 3, 30, 4};
-  EXPECT_EQ(push(h, px), 0);
-  ASSERT_TRUE(waitUntilTaken(of(h)));
-  int rc = -7;
-  Bytes out = pop(h, 8, &rc);
-  EXPECT_EQ(rc, 0);
-  EXPECT_TRUE(std::equal(px.begin(), px.end(), out.begin()));
-  super_capture_module_destroy(h);
-
-  const std::string hs = std::to_string(h);
-  const std::string pop = "SuperCapture::popFrame ..................... ",
-                    fin = "SuperCapture::final .....................  ";
-  const std::vector<std::string> caller = {
-      "super_capture_module_init   width:2, height:2, format:1\n",
-      "SuperSensor::init ..............................................\n",
-      "super_capture_module_push_frame   handle:" + hs + ", planes[0]:" + hex(px.data()) + kNil + "\n",
-      "SuperSensor::pushFrame ..............................................planes[0]:" + hex(px.data()) +
-          kNil + " \n",
-      "SuperCapture::pushFrame success\n",
-      "super_capture_module_pop_frame   handle:" + hs + ", planes[0]:" + hex(out.data()) + kNil + "\n",
-      "SuperCapture::popFrame .....................0",
-      pop + "1",
-      pop + "2",
-      pop + "3",
-      pop + "4",
-      "super_capture_module_destroy   handle:" + hs + "\n",
-      fin + "1",
-      fin + "2",
-      fin + "3",
-      fin + "4",
-      "super_capture_module_destroy   handle:" + hs + "   2\n",
-  };
-  const std::vector<std::string> worker = {
-      "SuperCapture::run  startup...............................\n", "SuperCapture::run   getFrame\n",
-      "SuperCapture::run lum:30 select scheme",
-      "SuperCaptureHighLightScheme::process ............................ m_Count:0\n",
-      // Closing lines: once pop has closed the burst, before pop stops waiting.
-      "Scheme return result\n",
-      "SuperCaptureHighLightScheme::getResult ............................ m_Count:1\n"};
-  // The worker's lines interleave with the caller's; take them apart.
-  std::vector<std::string> callerSeen, workerSeen;
-  const auto texts = cap.texts();
-  for (size_t i = 0; i < texts.size(); ++i) {
-    bool byWorker = std::find(worker.begin(), worker.end(), texts[i]) != worker.end();
-    (byWorker ? workerSeen : callerSeen).push_back(texts[i]);
-    if (byWorker && workerSeen.size() > 4) {
-      EXPECT_TRUE(callerSeen.back() == pop + "1" || callerSeen.back() == pop + "2") << texts[i];
-    }
-  }
-  EXPECT_EQ(callerSeen, caller);
-  EXPECT_EQ(workerSeen, worker);
 }
 
 // pop closes the burst: later pops return what the first did (nothing, or
