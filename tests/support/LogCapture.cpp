@@ -11,7 +11,8 @@ std::vector<LogCapture::Line>* gLines = nullptr;
 void captureLogger(const struct __android_logger_data* data, const char* message) {
   std::lock_guard<std::mutex> lock(gMutex);
   if (gLines == nullptr) return;
-  gLines->push_back({data->priority, data->tag != nullptr ? data->tag : "", message != nullptr ? message : ""});
+  gLines->push_back(
+      {data->priority, data->tag != nullptr ? data->tag : "", message != nullptr ? message : ""});
 }
 
 void silentLogger(const struct __android_logger_data*, const char*) {}
