@@ -3,6 +3,7 @@
 #include <stdint.h>
 #include <string.h>
 
+#include <algorithm>
 #include <new>
 
 #include "core/Memory.h"
@@ -14,7 +15,7 @@ const int kHistCells = ColorQuantizer::kCells * ColorQuantizer::kCells * ColorQu
 const int kMomentCells = kSide * kSide * kSide;
 // Candidate lists of the nearest-colour search; cells that do not fit scan the
 // whole palette instead.
-const uint32_t kPoolSize = 1u << 19;
+const uint32_t kPoolSize = 1u << 18;
 const uint16_t kUnbuilt = 0, kScanAll = 0xFFFF;
 
 // Count, channel sums and sum of squares. Unsigned so the inclusion-exclusion
@@ -45,7 +46,7 @@ struct ColorQuantizer::Tables {
   Moment mom[kMomentCells];
   uint32_t candStart[kHistCells];
   uint16_t candCount[kHistCells];
-  uint8_t pool[kPoolSize];
+  uint32_t pool[kPoolSize];  // (distance to the cell << 8) | entry
 };
 
 namespace {
@@ -262,10 +263,11 @@ int ColorQuantizer::mapToPalette(const unsigned char* pixels, int width, int hei
   // candidate when its distance to the nearest point of the cell is at most
   // the smallest distance any entry has to the cell's farthest point. Every
   // colour of the cell then has its nearest entries (all of them on a tie)
-  // among the candidates, which keep ascending index order.
+  // among the candidates. They are sorted by that distance, so a search ends
+  // at the first one farther from the cell than the best match so far.
   uint32_t* candStart = mTables->candStart;
   uint16_t* candCount = mTables->candCount;
-  uint8_t* pool = mTables->pool;
+  uint32_t* pool = mTables->pool;
   memset(candCount, 0, sizeof(mTables->candCount));
   uint32_t used = 0;
 
@@ -304,7 +306,8 @@ int ColorQuantizer::mapToPalette(const unsigned char* pixels, int width, int hei
           candStart[cell] = used;
           candCount[cell] = (uint16_t)k;
           for (int j = 0; j < count; ++j)
-            if (dmin[j] <= minMax) pool[used++] = (uint8_t)j;
+            if (dmin[j] <= minMax) pool[used++] = (uint32_t)dmin[j] << 8 | (uint32_t)j;
+          std::sort(pool + candStart[cell], pool + used);
         }
       }
       int best = -1, bestD = 0x7FFFFFFF;
@@ -315,12 +318,12 @@ int ColorQuantizer::mapToPalette(const unsigned char* pixels, int width, int hei
           if (d < bestD) bestD = d, best = j;
         }
       } else {
-        const uint8_t* cand = pool + candStart[cell];
-        for (int k = 0, e = candCount[cell]; k < e; ++k) {
-          const int j = cand[k];
+        const uint32_t* cand = pool + candStart[cell];
+        for (int k = 0, e = candCount[cell]; k < e && (int)(cand[k] >> 8) <= bestD; ++k) {
+          const int j = (int)(cand[k] & 255);
           const int dr = r - pr[j], dg = g - pg[j], db = b - pb[j];
           const int d = dr * dr + dg * dg + db * db;
-          if (d < bestD) bestD = d, best = j;
+          if (d < bestD || (d == bestD && j < best)) bestD = d, best = j;
         }
       }
       lastIndex = (unsigned char)best;

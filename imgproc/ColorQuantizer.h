@@ -16,7 +16,7 @@
 // rounded to nearest with halves up, floor((2 * sum + count) / (2 * count)).
 //
 // Pixels are 3 (RGB) or 4 (RGBA, alpha ignored) bytes, rows packed.
-// Everything is deterministic. The tables (about 3.5 MB) are allocated by the
+// Everything is deterministic. The tables (about 4 MB) are allocated by the
 // constructor; nothing else allocates. One object serves one thread at a time.
 //
 // Failures return -1 and change nothing: the object failed to allocate its
