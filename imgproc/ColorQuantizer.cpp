@@ -31,8 +31,10 @@ struct Box {
 
 inline int momentIndex(int r, int g, int b) { return (r * kSide + g) * kSide + b; }
 
+// Positive sides and a byte count that fits the interface's int sizes, computed
+// in 64 bits (each factor is below 2^31, so nothing overflows).
 inline bool bytesFit(int width, int height, int channels) {
-  return width > 0 && height > 0 && (uint64_t)width * (uint64_t)height * (uint64_t)channels <= 0xFFFFFFFFull;
+  return width > 0 && height > 0 && (int64_t)width * (int64_t)height * (int64_t)channels <= INT32_MAX;
 }
 
 inline bool pictureOk(const unsigned char* pixels, int width, int height, int channels) {

@@ -21,7 +21,7 @@
 //
 // Failures return -1 and change nothing: the object failed to allocate its
 // tables, a null buffer, a size that is not positive, channels other than
-// 3 or 4, a byte count beyond 32 bits, maxColors or a palette count outside
+// 3 or 4, a byte count beyond an int (2^31 - 1), maxColors or a palette count outside
 // 1..256, getPalette() without a prepare() after the last change, or adding
 // pixels beyond kMaxPixels in total.
 class OV_EXPORT ColorQuantizer {
@@ -35,6 +35,8 @@ class OV_EXPORT ColorQuantizer {
 
   ColorQuantizer();
   virtual ~ColorQuantizer();
+  ColorQuantizer(const ColorQuantizer&) = delete;
+  ColorQuantizer& operator=(const ColorQuantizer&) = delete;
 
   // False when the constructor could not allocate the tables.
   bool isValid() const;
@@ -62,9 +64,6 @@ class OV_EXPORT ColorQuantizer {
                    const unsigned char* palette, int count, unsigned char* indices);
 
  private:
-  ColorQuantizer(const ColorQuantizer&);
-  ColorQuantizer& operator=(const ColorQuantizer&);
-
   struct Tables;
   Tables* mTables;
   unsigned long long mPixels;  // pixels counted since the last reset

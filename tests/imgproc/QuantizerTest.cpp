@@ -206,9 +206,9 @@ TEST(Quantizer, RefusesBadInputTouchingNothing) {
   EXPECT_EQ(0, q.addColor(px.data(), 3, 1, 3));
   EXPECT_EQ(-1, q.getPalette(4, pal.data()));  // changed since
   ASSERT_EQ(0, q.prepare());
-  // null, sizes not positive, channels not 3 or 4, more than 2^32 bytes
+  // null, sizes not positive, channels not 3 or 4, 2^31 bytes
   const int bad[][4] = {{0, 1, 1, 3}, {1, 0, 1, 3}, {1, -3, 1, 3},       {1, 1, -1, 3},
-                        {1, 3, 1, 2}, {1, 2, 1, 5}, {1, 65536, 65536, 3}};
+                        {1, 3, 1, 2}, {1, 2, 1, 5}, {1, 32768, 16384, 4}};
   for (const auto& b : bad) {
     const unsigned char* p = b[0] ? px.data() : nullptr;
     EXPECT_EQ(-1, q.addColor(p, b[1], b[2], b[3]));
