@@ -128,6 +128,35 @@ inline unsigned char roundedMean(uint64_t sum, uint64_t count) {
   return (unsigned char)((2 * sum + count) / (2 * count));
 }
 
+// The palette entries that may be nearest to some colour of the 8x8x8 cell at
+// (r0, g0, b0): those whose distance to the cell's nearest point is at most the
+// smallest distance any entry has to the cell's farthest point. Every colour of
+// the cell has its nearest entries (all of them on a tie) among these. Written
+// as (distance to the cell << 8) | index, ascending; returns how many.
+int cellCandidates(const int* pr, const int* pg, const int* pb, int count, int r0, int g0, int b0,
+                   uint32_t* out) {
+  int dmin[ColorQuantizer::kMaxColors];
+  int minMax = 0x7FFFFFFF;
+  for (int j = 0; j < count; ++j) {
+    const int v[3] = {pr[j], pg[j], pb[j]}, lo[3] = {r0, g0, b0};
+    int near = 0, far = 0;
+    for (int c = 0; c < 3; ++c) {
+      const int below = lo[c] - v[c], above = v[c] - (lo[c] + 7);
+      const int d = below > 0 ? below : (above > 0 ? above : 0);
+      const int f = v[c] - lo[c] > lo[c] + 7 - v[c] ? v[c] - lo[c] : lo[c] + 7 - v[c];
+      near += d * d;
+      far += f * f;
+    }
+    dmin[j] = near;
+    if (far < minMax) minMax = far;
+  }
+  int k = 0;
+  for (int j = 0; j < count; ++j)
+    if (dmin[j] <= minMax) out[k++] = (uint32_t)dmin[j] << 8 | (uint32_t)j;
+  std::sort(out, out + k);
+  return k;
+}
+
 }  // namespace
 
 ColorQuantizer::ColorQuantizer()
@@ -261,12 +290,8 @@ int ColorQuantizer::mapToPalette(const unsigned char* pixels, int width, int hei
     pg[j] = palette[3 * j + 1];
     pb[j] = palette[3 * j + 2];
   }
-  // Candidate lists are built per histogram cell on first use: an entry is a
-  // candidate when its distance to the nearest point of the cell is at most
-  // the smallest distance any entry has to the cell's farthest point. Every
-  // colour of the cell then has its nearest entries (all of them on a tie)
-  // among the candidates. They are sorted by that distance, so a search ends
-  // at the first one farther from the cell than the best match so far.
+  // Candidate lists are built per histogram cell on first use; a search ends at
+  // the first candidate farther from the cell than the best match so far.
   uint32_t* candStart = mTables->candStart;
   uint16_t* candCount = mTables->candCount;
   uint32_t* pool = mTables->pool;
@@ -284,32 +309,15 @@ int ColorQuantizer::mapToPalette(const unsigned char* pixels, int width, int hei
       lastKey = key;
       const int cell = ((r >> 3) << 10) | ((g >> 3) << 5) | (b >> 3);
       if (candCount[cell] == kUnbuilt) {
-        const int lo[3] = {r & ~7, g & ~7, b & ~7};
-        int dmin[kMaxColors];
-        int minMax = 0x7FFFFFFF;
-        for (int j = 0; j < count; ++j) {
-          const int v[3] = {pr[j], pg[j], pb[j]};
-          int near = 0, far = 0;
-          for (int c = 0; c < 3; ++c) {
-            const int below = lo[c] - v[c], above = v[c] - (lo[c] + 7);
-            const int d = below > 0 ? below : (above > 0 ? above : 0);
-            const int f = (v[c] - lo[c] > lo[c] + 7 - v[c]) ? v[c] - lo[c] : lo[c] + 7 - v[c];
-            near += d * d;
-            far += f * f;
-          }
-          dmin[j] = near;
-          if (far < minMax) minMax = far;
-        }
-        int k = 0;
-        for (int j = 0; j < count; ++j) k += dmin[j] <= minMax;
+        uint32_t cand[kMaxColors];
+        const int k = cellCandidates(pr, pg, pb, count, r & ~7, g & ~7, b & ~7, cand);
         if (used + (uint32_t)k > kPoolSize) {
           candCount[cell] = kScanAll;
         } else {
           candStart[cell] = used;
           candCount[cell] = (uint16_t)k;
-          for (int j = 0; j < count; ++j)
-            if (dmin[j] <= minMax) pool[used++] = (uint32_t)dmin[j] << 8 | (uint32_t)j;
-          std::sort(pool + candStart[cell], pool + used);
+          memcpy(pool + used, cand, (size_t)k * sizeof(cand[0]));
+          used += (uint32_t)k;
         }
       }
       int best = -1, bestD = 0x7FFFFFFF;
