@@ -9,11 +9,11 @@ base=(
   libgtest-dev libgmock-dev
   android-liblog-dev
   libjpeg62-turbo-dev
+  libimagequant-dev
   openjdk-17-jdk-headless junit5
   libegl-dev libgles-dev libegl-mesa0 libgl1-mesa-dri libx11-dev libxcomposite-dev
   xvfb xauth x11-apps
   libsimde-dev
-  libimagequant-dev
   fonts-dejavu-core
 )
 bench=(libbenchmark-dev libyuv-dev libopencv-dev libturbojpeg0-dev)
