@@ -21,9 +21,9 @@
 //
 // Failures return -1 and change nothing: the object failed to allocate its
 // tables, a null buffer, a size that is not positive, channels other than
-// 3 or 4, a byte count beyond an int (2^31 - 1), maxColors or a palette count outside
-// 1..256, getPalette() without a prepare() after the last change, or adding
-// pixels beyond kMaxPixels in total.
+// 3 or 4, a byte count above 2^31 - 1 (the int sizes of the interface),
+// maxColors or a palette count outside 1..256, getPalette() without a
+// prepare() after the last change, or adding pixels beyond kMaxPixels in total.
 class OV_EXPORT ColorQuantizer {
  public:
   enum {
@@ -56,8 +56,8 @@ class OV_EXPORT ColorQuantizer {
   // empty. Needs prepare() after the last addColor() or reset().
   int getPalette(int maxColors, unsigned char* palette);
 
-  // Replaces every pixel by the index of its nearest palette entry (squared
-  // RGB distance; the lowest index wins a tie), one byte per pixel into
+  // Writes for every pixel the index of its nearest palette entry (squared
+  // RGB distance; the lowest index wins a tie), one byte per pixel, into
   // indices. The palette is `count` RGB entries, for example from getPalette().
   // Returns 0 or -1. Does not use or change the histogram.
   int mapToPalette(const unsigned char* pixels, int width, int height, int channels,
