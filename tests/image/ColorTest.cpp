@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -159,6 +160,36 @@ TEST(ColorConvert, GroupSizeLimits) {
   // Null planes and pixel counts that do not fit in an int are refused.
   EXPECT_EQ(color_convert_yuv422p2rgb(out.data(), out.data(), nullptr, out.data(), 2, 1), 0);
   EXPECT_EQ(color_convert_rgb2yuyv(out.data(), out.data(), 100000, 100000), 0);
+}
+
+// A frame whose largest buffer has more bytes than an int counts is refused
+// with nothing read or written: each size is the smallest beyond that limit
+// (2^29 RGBA pixels, 2^31 / 3 RGB pixels, 2^31 grey pixels, 2^31 / 1.5 NV).
+TEST(ColorConvert, ByteCountsBeyondAnIntAreRefused) {
+  using Fn = int (*)(const unsigned char*, unsigned char*, int, int);
+  const int rgba = 1 << 29, rgb = INT32_MAX / 3 + 1;
+  const struct {
+    Fn fn;
+    int width, height;
+  } cases[] = {{color_convert_gray2rgba, rgba, 1},     {color_convert_rgba2gray, rgba, 1},
+               {color_convert_rgb2rgba, 16384, 32768}, {color_convert_rgba2rgb, rgba, 1},
+               {color_convert_gray2rgb, rgb, 1},       {color_convert_rgb2gray, rgb, 1},
+               {color_convert_rgb2yuv, rgb, 1},        {color_convert_yuv2rgb, rgb, 1},
+               {color_convert_rgb2yuyv, rgb + 1, 1},   {color_convert_yuyv2rgb, rgb + 1, 1},
+               {color_convert_rgb2yvyu, rgb + 1, 1},   {color_convert_yvyu2rgb, rgb + 1, 1},
+               {color_convert_yuv2gray, 65536, 32768}};
+  Bytes src(64, 128), out(64, 0xEE);
+  unsigned char* o = out.data();
+  for (const auto& c : cases) EXPECT_EQ(c.fn(src.data(), o, c.width, c.height), 0) << c.width;
+  const int quads = rgb + 1;  // a multiple of 4 beyond 2^31 / 3
+  EXPECT_EQ(color_convert_rgb2yuv422p(src.data(), o, o, o, quads, 1), 0);
+  EXPECT_EQ(color_convert_yuv422p2rgb(src.data(), src.data(), src.data(), o, quads, 1), 0);
+  EXPECT_EQ(color_convert_rgb2yv12oryu12(src.data(), o, o, o, quads, 1), 0);
+  EXPECT_EQ(color_convert_yv12oryu122rgb(src.data(), src.data(), src.data(), o, quads, 1), 0);
+  EXPECT_EQ(color_convert_rgb2nv12(src.data(), o, o, quads / 2, 2), 0);
+  EXPECT_EQ(color_convert_nv212rgb(src.data(), src.data(), o, quads, 1), 0);
+  convert_nv21_to_yv12(src.data(), o, INT32_MAX / 3 * 2 + 2, 1);
+  EXPECT_EQ(out, Bytes(64, 0xEE));
 }
 
 // 2x2: one V and one U byte move; 4x2: V plane at N, U plane at N * 5 / 4.
