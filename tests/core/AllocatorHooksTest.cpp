@@ -1,10 +1,7 @@
-// This executable replaces malloc and free (the library's calls bind to these
-// definitions) to watch what the library hands to the allocator. It must be
-// built optimised like the library: a wipe before free is exactly the store
-// an optimiser removes.
+// Replaces malloc and free (the library binds to these) to watch what reaches
+// the allocator, in the optimised build where a wipe before free is a dead store.
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <cstring>
 #include <vector>
 
@@ -15,59 +12,50 @@ extern "C" void* __libc_malloc(size_t);
 extern "C" void __libc_free(void*);
 
 namespace {
-void* gWatched = nullptr;  // block whose free is recorded and held back
-unsigned char gWord[4];
-int gWatchedFrees = 0;
+void* gHeld = nullptr;  // its free records the tag word and keeps the block
+std::vector<unsigned char> gWord;
+int gHeldFrees = 0, gMallocs = 0;
 bool gCounting = false;
-int gMallocs = 0;
 }  // namespace
 
 extern "C" void* malloc(size_t n) {
-  if (gCounting) ++gMallocs;
+  gMallocs += gCounting;
   return __libc_malloc(n);
 }
 
 extern "C" void free(void* p) {
-  if (p != nullptr && p == gWatched) {
-    memcpy(gWord, p, sizeof gWord);
-    ++gWatchedFrees;
-    return;  // kept alive so a second ov_free_has_tag can be tried on it
-  }
-  __libc_free(p);
+  if (p == nullptr || p != gHeld) return __libc_free(p);
+  const auto* b = static_cast<unsigned char*>(p);
+  gWord.assign(b, b + 4);
+  ++gHeldFrees;
 }
 
 namespace {
 
 TEST(TaggedFree, WipesTheTagSoASecondFreeOfThePointerIsRefused) {
   auto* p = static_cast<unsigned char*>(ov_malloc_has_tag(0xA1B2C3D4u, 16));
-  ASSERT_NE(p, nullptr);
-  gWatched = p - 4;
+  gHeld = p - 4;
   ov_free_has_tag(0xA1B2C3D4u, p);
-  EXPECT_EQ(gWatchedFrees, 1);
-  EXPECT_EQ(std::vector<unsigned char>(gWord, gWord + 4), std::vector<unsigned char>(4, 0));
-  ov_free_has_tag(0xA1B2C3D4u, p);  // the wiped tag no longer matches
-  EXPECT_EQ(gWatchedFrees, 1);
-  gWatched = nullptr;
+  EXPECT_EQ(gWord, std::vector<unsigned char>(4, 0));
+  ov_free_has_tag(0xA1B2C3D4u, p);
+  EXPECT_EQ(gHeldFrees, 1);
+  gHeld = nullptr;
   __libc_free(p - 4);
 }
 
-// Every intermediate image lives in the work buffer: a frame allocates its
-// target (record and cell sums) and nothing else, also when it is wide enough
-// for the column sums to outgrow a small stack array.
+// Intermediate images live in the work buffer: a frame allocates its target
+// (record and cell sums) only, also when wide enough to need large column sums.
 TEST(RefocusFrame, AllocatesOnlyItsTarget) {
   for (int width : {600, 5400, 6000}) {
     RFModule* m = RFModule_Create(width, 600, 4, 3);
-    ASSERT_NE(m, nullptr);
-    std::vector<unsigned char> frame(size_t(width) * 600 * 2);
-    for (size_t i = 0; i < frame.size(); i += 2) frame[i] = static_cast<unsigned char>((i / 2) % width);
+    std::vector<unsigned char> frame(size_t(width) * 1200);
+    for (size_t i = 0; i < frame.size(); i += 2) frame[i] = static_cast<unsigned char>(i / 2 % width);
     gMallocs = 0;
     gCounting = true;
     RFModule_PreProcess(m, frame.data(), 1);
     gCounting = false;
     EXPECT_EQ(gMallocs, 2) << width;
-    ASSERT_EQ(m->targetCount, 1);
-    // Luma ramps 0..width-1 mod 256 in blocks of width / 600: never flat.
-    EXPECT_GT(m->targets->data[0], 0) << width;
+    EXPECT_GT(m->targets->data[0], 0) << width;  // a ramp is never flat
     RFModule_Release(&m);
   }
 }
