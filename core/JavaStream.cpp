@@ -100,7 +100,9 @@ int JavaInputStream::doRead(void* buffer, unsigned int size) {
 }
 
 int JavaInputStream::skip(unsigned int count) {
-  if (mEnv == nullptr || mStream == nullptr || mSkip == nullptr || count == 0) return 0;
+  // The count skipped is returned as an int.
+  if (mEnv == nullptr || mStream == nullptr || mSkip == nullptr || count == 0 || !sizerule::fitsInt(count))
+    return 0;
   jlong skipped = mEnv->CallLongMethod(mStream, mSkip, static_cast<jlong>(count));
   if (takeException(mEnv)) {
     OV_LOGD("------- skip threw an exception\n");

@@ -21,7 +21,8 @@ bool canServe(JNIEnv* env, jobject bitmap, jint width, jint height, jint radius)
   if (static_cast<uint64_t>(info.stride) != static_cast<uint64_t>(info.width) * 4) return false;
   // The blur's byte count must fit its int sizes, and the bitmap must hold the pixels.
   if (sizerule::intCount(width, height, 4) < 0) return false;
-  return int64_t{width} * height <= static_cast<int64_t>(info.width) * info.height;
+  return static_cast<uint64_t>(width) * static_cast<uint64_t>(height) <=
+         static_cast<uint64_t>(info.width) * info.height;
 }
 
 }  // namespace
