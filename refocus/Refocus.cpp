@@ -81,7 +81,10 @@ unsigned char* gradientImage(RFModule* m) { return smallImage(m) + kSideArea; }
 // Box average of the luma (the frame's even bytes) over fy x fx blocks into the
 // 600 x 600 image; blocks are empty, and the result 0, when a side is below 600.
 // The column sums (600 fx <= W entries) fit the scratch, which has W x H bytes.
-void downscale(const unsigned char* frame, int width, int height, unsigned char* small, uint32_t* sums) {
+// The scratch is a pointer now rather than a local array: restrict tells the
+// compiler it aliases neither the frame nor the small image.
+void downscale(const unsigned char* __restrict frame, int width, int height, unsigned char* __restrict small,
+               uint32_t* __restrict sums) {
   const int fx = width / kSide;
   const int fy = height / kSide;
   if (fx == 0 || fy == 0) {
@@ -124,7 +127,8 @@ void gradient(const unsigned char* small, unsigned char* grad) {
 // 3 x 3 mean (divisor 9 also at the border) from the inclusive summed-area
 // table of the gradient, built in the scratch as ov_createIntegralImage would
 // build it, so that a frame allocates nothing.
-void smooth(const unsigned char* grad, unsigned char* small, uint32_t* table) {
+void smooth(const unsigned char* __restrict grad, unsigned char* __restrict small,
+            uint32_t* __restrict table) {
   for (int y = 0; y < kSide; ++y) {
     uint32_t rowSum = 0;
     uint32_t* out = table + y * kSide;
