@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "core/Log.h"
+#include "core/SizeRule.h"
 
 namespace {
 
@@ -44,7 +45,7 @@ JavaInputStream::JavaInputStream(JNIEnv* env, jobject stream, jbyteArray buffer)
 JavaInputStream::~JavaInputStream() = default;
 
 int JavaInputStream::read(void* buffer, unsigned int size) {
-  if (size > INT32_MAX) return 0;
+  if (!sizerule::fitsInt(size)) return 0;
   if (buffer != nullptr) return doRead(buffer, size);
 
   unsigned int done = 0;
@@ -66,7 +67,7 @@ int JavaInputStream::read(void* buffer, unsigned int size) {
 
 int JavaInputStream::doRead(void* buffer, unsigned int size) {
   if (mEnv == nullptr || mStream == nullptr || mArray == nullptr || mArrayLength == 0 || mRead == nullptr ||
-      buffer == nullptr || size > INT32_MAX) {
+      buffer == nullptr || !sizerule::fitsInt(size)) {
     return 0;
   }
   auto* out = static_cast<jbyte*>(buffer);
@@ -99,7 +100,9 @@ int JavaInputStream::doRead(void* buffer, unsigned int size) {
 }
 
 int JavaInputStream::skip(unsigned int count) {
-  if (mEnv == nullptr || mStream == nullptr || mSkip == nullptr || count == 0) return 0;
+  // The count skipped is returned as an int.
+  if (mEnv == nullptr || mStream == nullptr || mSkip == nullptr || count == 0 || !sizerule::fitsInt(count))
+    return 0;
   jlong skipped = mEnv->CallLongMethod(mStream, mSkip, static_cast<jlong>(count));
   if (takeException(mEnv)) {
     OV_LOGD("------- skip threw an exception\n");
@@ -145,7 +148,7 @@ JavaOutputStream::~JavaOutputStream() = default;
 int JavaOutputStream::read(void*, unsigned int) { return 0; }
 
 int JavaOutputStream::write(void* buffer, unsigned int size) {
-  if (size == 0 || size > INT32_MAX || buffer == nullptr || mEnv == nullptr || mStream == nullptr ||
+  if (size == 0 || !sizerule::fitsInt(size) || buffer == nullptr || mEnv == nullptr || mStream == nullptr ||
       mArray == nullptr || mArrayLength == 0 || mWrite == nullptr) {
     return 0;
   }

@@ -3,6 +3,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "core/MemoryTag.h"
+#include "core/SizeRule.h"
+
 namespace {
 constexpr unsigned int kTagBytes = 4;
 
@@ -17,8 +20,9 @@ void storeBigEndian(unsigned char* at, unsigned int v) {
 void* ov_malloc(unsigned int size) { return size == 0 ? nullptr : malloc(size); }
 
 void* ov_malloc_has_tag(unsigned int tag, unsigned int size) {
-  if (size == 0) return nullptr;
-  auto* block = static_cast<unsigned char*>(malloc(static_cast<size_t>(size) + kTagBytes));
+  // size + 4 must not wrap where size_t is 32 bits.
+  if (size == 0 || sizerule::within(sizerule::kUintLimit, int64_t{size} + kTagBytes) < 0) return nullptr;
+  auto* block = static_cast<unsigned char*>(malloc(size_t{size} + kTagBytes));
   if (block == nullptr) return nullptr;
   storeBigEndian(block, tag);
   return block + kTagBytes;
@@ -38,7 +42,10 @@ void ov_free_has_tag(unsigned int tag, void* p) {
   if (p == nullptr) return;
   if (ov_read_tag(p) != tag) return;  // foreign or already freed: leave it alone
   auto* block = static_cast<unsigned char*>(p) - kTagBytes;
-  storeBigEndian(block, 0);  // a second free of the same pointer now fails the check
+  // A second free of the same pointer must fail the check. A plain store
+  // right before free is dead to the optimiser; a volatile one is kept.
+  volatile unsigned char* wipe = block;
+  for (unsigned int i = 0; i < kTagBytes; ++i) wipe[i] = 0;
   free(block);
 }
 

@@ -18,7 +18,3 @@ OV_CAPI void* galloc_realloc(void* p, unsigned int size);
 OV_CAPI void galloc_free(void* p);
 OV_CAPI void galloc_memcpy(void* dst, void* src, unsigned int n);
 OV_CAPI void galloc_memset(void* dst, unsigned char value, unsigned int n);
-
-// Reads the big-endian tag word stored just before a block from
-// ov_malloc_has_tag; the caller guarantees p came from there.
-OV_CAPI unsigned int ov_read_tag(const void* p);

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/Memory.h"
+#include "core/SizeRule.h"
 
 int Stream::write(void*, unsigned int) { return 0; }
 int Stream::skip(unsigned int count) { return read(nullptr, count); }
@@ -33,7 +34,8 @@ FileStream::FileStream(const char* path, FileMode mode) {
 FileStream::~FileStream() { close(); }
 
 int FileStream::read(void* buffer, unsigned int size) {
-  if (mFile == nullptr) return 0;
+  // The count is returned as an int.
+  if (mFile == nullptr || !sizerule::fitsInt(size)) return 0;
   if (buffer != nullptr) return static_cast<int>(fread(buffer, 1, size, mFile));
   if (ftell(mFile) < 0) return 0;
   if (fseek(mFile, static_cast<long>(size), SEEK_CUR) != 0) return 0;
@@ -41,7 +43,7 @@ int FileStream::read(void* buffer, unsigned int size) {
 }
 
 int FileStream::write(void* buffer, unsigned int size) {
-  if (mFile == nullptr || buffer == nullptr || size == 0) return 0;
+  if (mFile == nullptr || buffer == nullptr || size == 0 || !sizerule::fitsInt(size)) return 0;
   return static_cast<int>(fwrite(buffer, 1, size, mFile));
 }
 
@@ -86,6 +88,7 @@ MemoryStream::~MemoryStream() { close(); }
 int MemoryStream::read(void* buffer, unsigned int size) {
   if (mBuffer == nullptr || buffer == nullptr || size == 0) return -1;
   unsigned int count = size > mCapacity - mPosition ? mCapacity - mPosition : size;
+  if (!sizerule::fitsInt(count)) return -1;  // the count is returned as an int
   memcpy(buffer, mBuffer + mPosition, count);
   mPosition += count;
   return static_cast<int>(count);
@@ -94,6 +97,7 @@ int MemoryStream::read(void* buffer, unsigned int size) {
 int MemoryStream::write(void* buffer, unsigned int size) {
   if (mBuffer == nullptr || buffer == nullptr || size == 0) return -1;
   unsigned int count = size > mCapacity - mPosition ? mCapacity - mPosition : size;
+  if (!sizerule::fitsInt(count)) return -1;
   memcpy(mBuffer + mPosition, buffer, count);
   mPosition += count;
   return static_cast<int>(count);

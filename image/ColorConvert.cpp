@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "core/SizeRule.h"
 #include "image/ConvertRows.h"
 
 using namespace convert_row;
@@ -64,20 +65,23 @@ void rgbToNVBlocks(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_
                     blocks - done, uOffset);
 }
 
-// Pixel count of a width x height frame, or 0 when either side is below 1 or
-// the count does not fit in an int (no converter can serve such a frame).
-int pixelsOf(int width, int height) {
+// Pixel count N of a width x height frame, or 0 when either side is below 1 or
+// N or the byte count of its largest buffer, N x halfBytes / 2 (halfBytes:
+// twice that buffer's bytes per pixel), does not fit in an int: no converter
+// can serve such a frame.
+int pixelsOf(int width, int height, int halfBytes) {
   if (width < 1 || height < 1) return 0;
-  const long long n = static_cast<long long>(width) * height;
-  return n > 0x7FFFFFFFLL ? 0 : static_cast<int>(n);
+  const int64_t n = sizerule::intCount(width, height);
+  if (n < 0 || sizerule::within(sizerule::kIntLimit, n * halfBytes / 2) < 0) return 0;
+  return static_cast<int>(n);
 }
 
 // The per-pixel, pair and quad converters share one shape: refuse null
 // pointers and frames below the group size, then run one kernel over the
 // whole frame (rows are packed, so the frame is one long row).
 template <typename Kernel>
-int run(const void* a, const void* b, int width, int height, int group, Kernel kernel) {
-  const int n = pixelsOf(width, height);
+int run(const void* a, const void* b, int width, int height, int group, int halfBytes, Kernel kernel) {
+  const int n = pixelsOf(width, height, halfBytes);
   if (a == nullptr || b == nullptr || n < group) return 0;
   kernel(n / group);
   return 1;
@@ -86,69 +90,69 @@ int run(const void* a, const void* b, int width, int height, int group, Kernel k
 }  // namespace
 
 int color_convert_gray2rgb(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 1, [&](int n) { GrayToRGBRow_C(src, dst, n); });
+  return run(src, dst, width, height, 1, 6, [&](int n) { GrayToRGBRow_C(src, dst, n); });
 }
 
 int color_convert_gray2rgba(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 1, [&](int n) { GrayToRGBARow_C(src, dst, n); });
+  return run(src, dst, width, height, 1, 8, [&](int n) { GrayToRGBARow_C(src, dst, n); });
 }
 
 int color_convert_rgb2gray(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 1, [&](int n) { RGBToGrayRow_C(src, dst, n); });
+  return run(src, dst, width, height, 1, 6, [&](int n) { RGBToGrayRow_C(src, dst, n); });
 }
 
 int color_convert_rgba2gray(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 1, [&](int n) { RGBAToGrayRow_C(src, dst, n); });
+  return run(src, dst, width, height, 1, 8, [&](int n) { RGBAToGrayRow_C(src, dst, n); });
 }
 
 int color_convert_rgb2rgba(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 1, [&](int n) { RGBToRGBARow_C(src, dst, n); });
+  return run(src, dst, width, height, 1, 8, [&](int n) { RGBToRGBARow_C(src, dst, n); });
 }
 
 int color_convert_rgba2rgb(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 1, [&](int n) { RGBAToRGBRow_C(src, dst, n); });
+  return run(src, dst, width, height, 1, 8, [&](int n) { RGBAToRGBRow_C(src, dst, n); });
 }
 
 int color_convert_rgb2yuv(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 1, [&](int n) { RGBToYUVRow_C(src, dst, n); });
+  return run(src, dst, width, height, 1, 6, [&](int n) { RGBToYUVRow_C(src, dst, n); });
 }
 
 int color_convert_yuv2rgb(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 1, [&](int n) { YUVToRGBRow_C(src, dst, n); });
+  return run(src, dst, width, height, 1, 6, [&](int n) { YUVToRGBRow_C(src, dst, n); });
 }
 
 int color_convert_rgb2yuyv(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 2, [&](int pairs) { rgbToPacked422(src, dst, pairs, 1, 3); });
+  return run(src, dst, width, height, 2, 6, [&](int pairs) { rgbToPacked422(src, dst, pairs, 1, 3); });
 }
 
 int color_convert_yuyv2rgb(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 2, [&](int pairs) { packed422ToRGB(src, dst, pairs, 1, 3); });
+  return run(src, dst, width, height, 2, 6, [&](int pairs) { packed422ToRGB(src, dst, pairs, 1, 3); });
 }
 
 int color_convert_rgb2yvyu(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 2, [&](int pairs) { rgbToPacked422(src, dst, pairs, 3, 1); });
+  return run(src, dst, width, height, 2, 6, [&](int pairs) { rgbToPacked422(src, dst, pairs, 3, 1); });
 }
 
 int color_convert_yvyu2rgb(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 2, [&](int pairs) { packed422ToRGB(src, dst, pairs, 3, 1); });
+  return run(src, dst, width, height, 2, 6, [&](int pairs) { packed422ToRGB(src, dst, pairs, 3, 1); });
 }
 
 int color_convert_rgb2yuv422p(const unsigned char* rgb, unsigned char* y, unsigned char* u, unsigned char* v,
                               int width, int height) {
   if (u == nullptr || v == nullptr) return 0;
-  return run(rgb, y, width, height, 2, [&](int pairs) { RGBToYUV422PRow_C(rgb, y, u, v, pairs); });
+  return run(rgb, y, width, height, 2, 6, [&](int pairs) { RGBToYUV422PRow_C(rgb, y, u, v, pairs); });
 }
 
 int color_convert_yuv422p2rgb(const unsigned char* y, const unsigned char* u, const unsigned char* v,
                               unsigned char* rgb, int width, int height) {
   if (u == nullptr || v == nullptr) return 0;
-  return run(y, rgb, width, height, 2, [&](int pairs) { YUV422PToRGBRow_C(y, u, v, rgb, pairs); });
+  return run(y, rgb, width, height, 2, 6, [&](int pairs) { YUV422PToRGBRow_C(y, u, v, rgb, pairs); });
 }
 
 int color_convert_rgb2yv12oryu12(const unsigned char* rgb, unsigned char* y, unsigned char* u,
                                  unsigned char* v, int width, int height) {
   if (u == nullptr || v == nullptr) return 0;
-  return run(rgb, y, width, height, 4, [&](int quads) { RGBToI420QuadRow_C(rgb, y, u, v, quads); });
+  return run(rgb, y, width, height, 4, 6, [&](int quads) { RGBToI420QuadRow_C(rgb, y, u, v, quads); });
 }
 
 int color_convert_yv12oryu122rgb(const unsigned char* y, const unsigned char* u, const unsigned char* v,
@@ -156,7 +160,7 @@ int color_convert_yv12oryu122rgb(const unsigned char* y, const unsigned char* u,
   // Unlike the other quad converters, a frame of fewer than four pixels is
   // "nothing to do" here rather than a refusal.
   if (y == nullptr || u == nullptr || v == nullptr || rgb == nullptr) return 0;
-  const int n = pixelsOf(width, height);
+  const int n = pixelsOf(width, height, 6);
   if (n == 0) return 0;
   i420ToRGB(y, u, v, rgb, n / 4);
   return 1;
@@ -167,7 +171,7 @@ namespace {
 // row or column is left unwritten.
 int rgbToNV(const unsigned char* rgb, unsigned char* y, unsigned char* chroma, int width, int height,
             int uOffset) {
-  const int n = pixelsOf(width, height);
+  const int n = pixelsOf(width, height, 6);
   if (rgb == nullptr || y == nullptr || chroma == nullptr || n < 4) return 0;
   const int blocks = width / 2;
   const long long rgbRow = 3LL * width;
@@ -194,24 +198,24 @@ int color_convert_rgb2nv21(const unsigned char* rgb, unsigned char* y, unsigned 
 int color_convert_nv122rgb(const unsigned char* y, const unsigned char* uv, unsigned char* rgb, int width,
                            int height) {
   if (uv == nullptr) return 0;
-  return run(y, rgb, width, height, 4, [&](int quads) { nvToRGB(y, uv, rgb, quads, 0); });
+  return run(y, rgb, width, height, 4, 6, [&](int quads) { nvToRGB(y, uv, rgb, quads, 0); });
 }
 
 int color_convert_nv212rgb(const unsigned char* y, const unsigned char* vu, unsigned char* rgb, int width,
                            int height) {
   if (vu == nullptr) return 0;
-  return run(y, rgb, width, height, 4, [&](int quads) { nvToRGB(y, vu, rgb, quads, 1); });
+  return run(y, rgb, width, height, 4, 6, [&](int quads) { nvToRGB(y, vu, rgb, quads, 1); });
 }
 
 int color_convert_yuv2gray(const unsigned char* src, unsigned char* dst, int width, int height) {
-  return run(src, dst, width, height, 1, [&](int n) { memcpy(dst, src, static_cast<size_t>(n)); });
+  return run(src, dst, width, height, 1, 2, [&](int n) { memcpy(dst, src, static_cast<size_t>(n)); });
 }
 
 namespace {
 // Semi-planar to YV12 (Y, V plane, U plane); uOffset is the place of U in
 // each source chroma pair.
 void repackToYV12(const unsigned char* src, unsigned char* dst, int width, int height, int uOffset) {
-  const int n = pixelsOf(width, height);
+  const int n = pixelsOf(width, height, 3);  // N + N / 2 bytes each way
   if (src == nullptr || dst == nullptr || n == 0) return;
   memcpy(dst, src, static_cast<size_t>(n));
   const int quarter = n / 4;
@@ -241,8 +245,8 @@ Image* ColorConvert::convert(Image* source, int code) {
 
   // Converters see width and height only: for depth > 1 the first layer is
   // converted. Their own results are not reported.
-  const int w = source->width > 0x7FFFFFFFu ? 0 : static_cast<int>(source->width);
-  const int h = source->height > 0x7FFFFFFFu ? 0 : static_cast<int>(source->height);
+  const int w = sizerule::fitsInt(source->width) ? static_cast<int>(source->width) : 0;
+  const int h = sizerule::fitsInt(source->height) ? static_cast<int>(source->height) : 0;
   unsigned char* const* s = source->planes;
   unsigned char* const* d = out->planes;
   switch (code) {

@@ -6,8 +6,9 @@
 
 // Whole-buffer colour conversion, BT.601 studio swing through constant tables.
 // Every converter returns 1 on success (also when there is nothing to do) and
-// 0 when a pointer is null or width * height is below its group size (1 per
-// pixel, 2 for pairs, 4 for quads). They never allocate and do not check the
+// 0 when a pointer is null, width * height is below its group size (1 per
+// pixel, 2 for pairs, 4 for quads) or the byte count of its largest buffer
+// does not fit in an int. They never allocate and do not check the
 // destination's size: rows are tightly packed, N = width * height.
 //
 // Chroma grouping: pair formats share one U/V per two consecutive pixels. The

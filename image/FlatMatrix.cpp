@@ -4,15 +4,18 @@
 #include <cstring>
 
 #include "core/Memory.h"
+#include "core/SizeRule.h"
 
 namespace {
 // One block: rows row pointers, then rows * cols floats. The pointer table is
 // zeroed and then aimed at the rows; the floats are zeroed or copied.
 flat::Matrix* allocate(int rows, int cols, const float* src) {
   if (rows < 1 || cols < 1) return nullptr;
-  const unsigned long long cells = static_cast<unsigned long long>(rows) * cols;
-  const unsigned long long bytes = rows * sizeof(float*) + cells * sizeof(float);
-  if (bytes > 0xFFFFFFFFull) return nullptr;
+  const int64_t cells = sizerule::intCount(rows, cols);
+  const int64_t tableBytes = sizerule::intCount(rows, sizeof(float*));
+  if (cells < 0 || tableBytes < 0) return nullptr;
+  const int64_t bytes = sizerule::within(sizerule::kIntLimit, tableBytes + cells * int64_t{sizeof(float)});
+  if (bytes < 0) return nullptr;
   auto* m = static_cast<flat::Matrix*>(ov_malloc(sizeof(flat::Matrix)));
   if (m == nullptr) return nullptr;
   auto* block = static_cast<unsigned char*>(ov_malloc(static_cast<unsigned int>(bytes)));
@@ -21,11 +24,11 @@ flat::Matrix* allocate(int rows, int cols, const float* src) {
     return nullptr;
   }
   auto** table = reinterpret_cast<float**>(block);
-  float* values = reinterpret_cast<float*>(block + rows * sizeof(float*));
+  float* values = reinterpret_cast<float*>(block + tableBytes);
   if (src != nullptr) {
-    memcpy(values, src, cells * sizeof(float));
+    memcpy(values, src, static_cast<size_t>(bytes - tableBytes));
   } else {
-    memset(values, 0, cells * sizeof(float));
+    memset(values, 0, static_cast<size_t>(bytes - tableBytes));
   }
   for (int i = 0; i < rows; ++i) table[i] = values + static_cast<long long>(i) * cols;
   m->rows = rows;

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "core/Memory.h"
+#include "core/SizeRule.h"
 
 namespace {
 // Allocation factor per format code 1..12. The planar formats over-allocate
@@ -32,8 +33,8 @@ void Image::configuare(unsigned char** src) {
 
   // Refuse sizes whose byte count wraps: every plane offset below is derived
   // from N, so a wrapped N would put planes and copies past the buffer.
-  const unsigned long long total = static_cast<unsigned long long>(width) * height * depth * bytesPerPixel;
-  if (total > 0xFFFFFFFFull) return;
+  const int64_t total = sizerule::uintCount(width, height, depth, bytesPerPixel);
+  if (total < 0) return;
   const unsigned int n = width * height * depth;
 
   auto* buffer = static_cast<unsigned char*>(galloc_malloc(static_cast<unsigned int>(total)));

@@ -7,13 +7,15 @@
 #include <jpeglib.h>
 // clang-format on
 
+#include "core/Export.h"
 #include "core/Stream.h"
 
-// Adapters between libjpeg and Stream. Internal to the codecs.
+// Adapters between libjpeg and Stream, used by the codecs and exported for
+// callers that drive libjpeg over a Stream themselves.
 
 // Source manager reading the stream through a 4096-byte buffer. The consumed
 // offset and the seek callback live here: stock libjpeg has neither.
-struct jpeg_utils_source_mgr {
+struct OV_EXPORT jpeg_utils_source_mgr {
   jpeg_source_mgr pub;  // first, so libjpeg's pointer is ours
   unsigned long consumed;
   boolean (*seek)(j_decompress_ptr cinfo, unsigned long offset);
@@ -24,7 +26,7 @@ struct jpeg_utils_source_mgr {
 };
 
 // Destination manager writing to the stream through a 1024-byte buffer.
-struct jpeg_utils_destination_mgr {
+struct OV_EXPORT jpeg_utils_destination_mgr {
   jpeg_destination_mgr pub;
   Stream* stream;
   JOCTET buffer[1024];
@@ -40,4 +42,4 @@ struct jpeg_utils_error_mgr {
 
 // Logs "jpeg_utils_error_exit,msgcode[%d]  msg: %s\n", destroys the libjpeg
 // object and longjmps to the saved buffer with -1.
-void jpeg_utils_error_exit(j_common_ptr cinfo);
+OV_EXPORT void jpeg_utils_error_exit(j_common_ptr cinfo);

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "core/Memory.h"
+#include "core/SizeRule.h"
 
 Matrix::Matrix(int r, int c) : rows(r), cols(c), data(nullptr) { allocate(r, c); }
 
@@ -26,14 +27,15 @@ Matrix::~Matrix() {
 // One zero-filled block: the row-pointer table, then the floats.
 void Matrix::allocate(int r, int c) {
   if (r < 1 || c < 1) return;
-  const unsigned long long bytes = r * sizeof(float*) + static_cast<unsigned long long>(r) *
-                                                            static_cast<unsigned long long>(c) *
-                                                            sizeof(float);
-  if (bytes > 0xFFFFFFFFull) return;
+  const int64_t cells = sizerule::intCount(r, c);
+  const int64_t tableBytes = sizerule::intCount(r, sizeof(float*));
+  if (cells < 0 || tableBytes < 0) return;
+  const int64_t bytes = sizerule::within(sizerule::kIntLimit, tableBytes + cells * int64_t{sizeof(float)});
+  if (bytes < 0) return;
   auto* block = static_cast<unsigned char*>(galloc_alloc(static_cast<unsigned int>(bytes)));
   if (block == nullptr) return;
   auto** table = reinterpret_cast<float**>(block);
-  float* values = reinterpret_cast<float*>(block + r * sizeof(float*));
+  float* values = reinterpret_cast<float*>(block + tableBytes);
   for (int i = 0; i < r; ++i) table[i] = values + static_cast<long long>(i) * c;
   data = table;
 }

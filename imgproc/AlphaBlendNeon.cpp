@@ -1,6 +1,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "core/SizeRule.h"
 #include "imgproc/Blur.h"
 
 // Real NEON on ARM; elsewhere the same intrinsics through SIMDe's translation.
@@ -14,7 +15,7 @@
 void alpha_blend_neon(unsigned char* pixels, int count, int r, int g, int b, int alpha) {
   if (!pixels) return;
   if (count > -8 && count < 8) return;
-  if (count > OV_BLEND_MAX_PIXELS) return;  // byte count beyond 32 bits
+  if (sizerule::intCount(count, 4) < 0) return;  // negative, or bytes beyond an int
   // Whole groups of eight only; the count % 8 tail is left unblended.
   const int groups = count / 8;
   // 256 - alpha in an 8-bit lane: alpha = 0 wraps to a factor of 0.

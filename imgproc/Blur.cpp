@@ -5,15 +5,13 @@
 #include <string.h>
 
 #include "core/Memory.h"
+#include "core/SizeRule.h"
 
 namespace {
 
-// True when w x h elements of `bytesPer` bytes form a buffer whose byte count
-// fits in 32 bits (and both sides are positive).
-bool sizeOk(int w, int h, int bytesPer) {
-  if (w <= 0 || h <= 0) return false;
-  return (uint64_t)w * (uint64_t)h * (uint64_t)bytesPer <= 0xFFFFFFFFull;
-}
+// True when both sides are positive and w x h elements of `bytesPer` bytes
+// form a buffer whose byte count fits the int sizes of the interface.
+bool sizeOk(int w, int h, int bytesPer) { return w > 0 && h > 0 && sizerule::intCount(w, h, bytesPer) >= 0; }
 
 // Box widths are never wider than this; beyond it every line is shorter anyway.
 constexpr float kMaxBoxWidth = 1073741824.0f;
@@ -67,7 +65,7 @@ int lineRadius(int count, int r) {
 }  // namespace
 
 void alpha_blend(unsigned char* pixels, int count, int r, int g, int b, int alpha) {
-  if (!pixels || count <= 0 || count > OV_BLEND_MAX_PIXELS) return;
+  if (!pixels || count <= 0 || sizerule::intCount(count, 4) < 0) return;
   // Unsigned arithmetic: the stored byte is bits 8..15 of the sum either way.
   const uint32_t keep = 256u - (uint32_t)alpha;
   const uint32_t pr = ((uint32_t)alpha * (uint32_t)r) & 0xFFFF;
@@ -108,6 +106,7 @@ void fast_blur(unsigned int* src, unsigned int* dst, int width, int height, int 
   const int wh = width * height;
   const int longest = width > height ? width : height;
   const uint64_t tableLen = 256ull * (uint64_t)div;
+  const int64_t tableBytes = sizerule::uintCount(tableLen, 4);
 
   unsigned int planeBytes = (unsigned int)wh * 4u;
   int* rp = (int*)galloc_malloc(planeBytes);
@@ -115,7 +114,7 @@ void fast_blur(unsigned int* src, unsigned int* dst, int width, int height, int 
   int* bp = (int*)galloc_malloc(planeBytes);
   int* vmin = (int*)galloc_malloc((unsigned int)longest * 4u);
   int* vmax = (int*)galloc_malloc((unsigned int)longest * 4u);
-  int* dv = tableLen * 4 <= 0xFFFFFFFFull ? (int*)galloc_malloc((unsigned int)(tableLen * 4)) : nullptr;
+  int* dv = tableBytes >= 0 ? (int*)galloc_malloc((unsigned int)tableBytes) : nullptr;
   if (rp && gp && bp && vmin && vmax && dv) {
     for (uint64_t i = 0; i < tableLen; ++i) dv[i] = (int)(i / (uint64_t)div);
 

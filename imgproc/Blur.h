@@ -8,7 +8,8 @@
 // bytes 0..2 are the colour channels and byte 3 is never read or written.
 // The box and Gaussian blurs work on single-channel 8-bit images (stride =
 // width). Every routine is re-entrant and refuses (touching nothing) null
-// buffers, non-positive sizes and sizes whose byte count does not fit in 32 bits.
+// buffers, non-positive sizes and sizes whose pixel or byte count does not fit
+// in an int.
 
 // Box widths of an n-pass box approximation of a Gaussian.
 typedef struct gauss_blur_coef {
@@ -20,9 +21,9 @@ typedef struct gauss_blur_coef {
 // edge replication. A radius outside 0..254 leaves the image unchanged.
 OV_CAPI void stack_blur(unsigned char* pixels, int width, int height, int radius);
 
-// Largest pixel count whose 4-byte pixels fit a 32-bit byte count; the blends
+// Largest pixel count whose 4-byte pixels fit an int byte count; the blends
 // refuse more.
-#define OV_BLEND_MAX_PIXELS 0x3FFFFFFF
+#define OV_BLEND_MAX_PIXELS 0x1FFFFFFF
 
 // channel = (alpha * colour + channel * (256 - alpha)) >> 8 for `count` pixels;
 // the products alpha * colour are taken modulo 65536.

@@ -3,6 +3,7 @@
 #include <stdint.h>
 
 #include "core/Memory.h"
+#include "core/SizeRule.h"
 #include "imgproc/Blur.h"
 
 namespace {
@@ -127,15 +128,21 @@ double sigmaOf(float radius) {
 void gaussiir(unsigned char* pixels, int width, int height, int channels, int stride, float radiusX,
               float radiusY) {
   if (!pixels || width <= 0 || height <= 0 || channels < 1 || channels > 4) return;
-  if ((int64_t)stride < (int64_t)width * channels) return;
-  if ((uint64_t)stride * (uint64_t)(height - 1) + (uint64_t)width * channels > 0xFFFFFFFFull) return;
+  // The last row ends at stride x (height - 1) + width x channels bytes.
+  const int64_t rowBytes = sizerule::intCount(width, channels);
+  const int64_t above = sizerule::intCount(stride, height - 1);
+  if (rowBytes < 0 || stride < rowBytes || above < 0 ||
+      sizerule::within(sizerule::kIntLimit, above + rowBytes) < 0)
+    return;
   if (width <= 4 || height <= 4) return;
   const bool doX = radiusX > 0.0f, doY = radiusY > 0.0f;  // NaN: skipped
   if (!doX && !doY) return;
 
   const int longest = width > height ? width : height;
-  double* in = (double*)galloc_malloc((unsigned int)longest * sizeof(double));
-  double* out = (double*)galloc_malloc((unsigned int)longest * sizeof(double));
+  const int64_t lineBytes = sizerule::uintCount(longest, sizeof(double));
+  if (lineBytes < 0) return;
+  double* in = (double*)galloc_malloc((unsigned int)lineBytes);
+  double* out = (double*)galloc_malloc((unsigned int)lineBytes);
   if (in && out) {
     if (doX) {
       const IirCoef k = makeCoef(sigmaOf(radiusX));

@@ -3,6 +3,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "core/SizeRule.h"
+
 namespace {
 
 // 8-bit pattern of the interior position (y, x) of a column-major level whose
@@ -82,8 +84,8 @@ unsigned traverse(unsigned int vecDim, bool countPositions, unsigned int* img, u
 
 bool argsOk(const void* vec, const unsigned int* img, unsigned short rows, unsigned short cols) {
   if (!vec || !img) return false;
-  // Byte count of the image must fit in 32 bits.
-  return (uint64_t)rows * cols * 4u <= 0xFFFFFFFFull;
+  // The image's byte count must fit the interface's unsigned 32-bit sizes.
+  return sizerule::uintCount(rows, cols, 4) >= 0;
 }
 
 }  // namespace
@@ -129,8 +131,8 @@ unsigned int lbp_pyr_get_dim(unsigned short rows, unsigned short cols, unsigned 
     w /= 2;
     h /= 2;
   }
-  d *= 256;
-  return d <= 0xFFFFFFFFull ? (unsigned int)d : 0u;
+  const int64_t dim = sizerule::uintCount(d, 256);
+  return dim >= 0 ? (unsigned int)dim : 0u;
 }
 
 void make_offsets(int* offsets, int stride) {

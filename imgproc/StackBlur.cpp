@@ -2,6 +2,7 @@
 #include <stdint.h>
 #include <string.h>
 
+#include "core/SizeRule.h"
 #include "imgproc/Blur.h"
 #include "imgproc/StackBlurTables.h"
 
@@ -290,7 +291,7 @@ void blurImage(unsigned char* pixels, int width, int height, int radius, uint32_
 
 void stack_blur(unsigned char* pixels, int width, int height, int radius) {
   if (!pixels || width <= 0 || height <= 0) return;
-  if ((uint64_t)width * (uint64_t)height * 4u > 0xFFFFFFFFull) return;
+  if (sizerule::intCount(width, height, 4) < 0) return;
   if (radius < 0 || radius > kMaxRadius) return;
   const uint32_t mul = kStackBlurMul[radius];
   switch (kStackBlurShr[radius]) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "core/Export.h"
+#include "core/SizeRule.h"
 #include "imgproc/Blur.h"
 
 namespace {
@@ -18,8 +19,10 @@ bool canServe(JNIEnv* env, jobject bitmap, jint width, jint height, jint radius)
   if (AndroidBitmap_getInfo(env, bitmap, &info) != ANDROID_BITMAP_RESULT_SUCCESS) return false;
   if (info.format != ANDROID_BITMAP_FORMAT_RGBA_8888) return false;
   if (static_cast<uint64_t>(info.stride) != static_cast<uint64_t>(info.width) * 4) return false;
-  uint64_t wanted = static_cast<uint64_t>(width) * static_cast<uint64_t>(height);
-  return wanted <= INT32_MAX && wanted <= static_cast<uint64_t>(info.width) * info.height;
+  // The blur's byte count must fit its int sizes, and the bitmap must hold the pixels.
+  if (sizerule::intCount(width, height, 4) < 0) return false;
+  return static_cast<uint64_t>(width) * static_cast<uint64_t>(height) <=
+         static_cast<uint64_t>(info.width) * info.height;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "core/Log.h"
+#include "core/SizeRule.h"
 
 namespace {
 
@@ -36,8 +37,8 @@ void SuperCaptureMode::init(unsigned int width, unsigned int height, unsigned in
 void SuperCaptureMode::release() { mHistory.clear(); }
 
 long long SuperCaptureMode::lumaSize() const {
-  long long n = static_cast<long long>(m_Width) * m_Height;
-  return (m_Width > 0 && m_Height > 0 && n <= INT32_MAX) ? n : 0;
+  const int64_t n = sizerule::intCount(m_Width, m_Height);
+  return n < 0 ? 0 : n;
 }
 
 void SuperCaptureMode::process(JNIEnv* env, jobject thiz, unsigned char* data) {

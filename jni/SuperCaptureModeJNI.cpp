@@ -5,6 +5,7 @@
 
 #include "core/Export.h"
 #include "core/Log.h"
+#include "core/SizeRule.h"
 #include "jni/JniHandles.h"
 #include "jni/SuperCaptureMode.h"
 
@@ -16,8 +17,8 @@ OV_CAPI jint Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreat
       "format:%d\n",
       width, height, format);
   // A size of 0 is accepted (such a monitor ignores every frame); negative
-  // sizes and frames beyond 32-bit byte counts are not.
-  if (width < 0 || height < 0 || static_cast<long long>(width) * height > INT32_MAX) return 0;
+  // sizes and luma planes beyond an int are not.
+  if (sizerule::intCount(width, height) < 0) return 0;
   auto* mode = new SuperCaptureMode();
   mode->init(static_cast<unsigned int>(width), static_cast<unsigned int>(height),
              static_cast<unsigned int>(format));

@@ -9,6 +9,7 @@
 
 #include "core/Log.h"
 #include "core/Memory.h"
+#include "core/SizeRule.h"
 #include "image/ColorConvert.h"
 
 namespace {
@@ -107,7 +108,10 @@ int PanoramaModule::startup(int width, int height, int format, void (*onError)(i
   OV_LOGD("PanoramaModule::startup width:%d, height:%d, format:%d, onErrorCb:%p\n", width, height, format,
           reinterpret_cast<void*>(onError));
   if (width < 1 || height < 1 || format < 1 || format > 3) return PANORAMA_RESULT_TYPE_INVALID_PARAMETER;
-  if (static_cast<int64_t>(width) * height * 3 / 2 > INT32_MAX) return PANORAMA_RESULT_TYPE_INVALID_PARAMETER;
+  // A YV12 frame of W x H x 3 / 2 bytes, sized with ints.
+  const int64_t pixels = sizerule::intCount(width, height);
+  if (pixels < 0 || sizerule::within(sizerule::kIntLimit, pixels * 3 / 2) < 0)
+    return PANORAMA_RESULT_TYPE_INVALID_PARAMETER;
   // A second worker would orphan the first one's thread.
   if (mRunning.load()) return PANORAMA_RESULT_TYPE_INVALID_OPERATOR;
 
@@ -117,7 +121,7 @@ int PanoramaModule::startup(int width, int height, int format, void (*onError)(i
   mFormat = format;
   mDirection.store(PANORAMA_DIRECTION_TYPE_NONE);
   clearQueue();
-  mPool = new PanoramaBufferPool(static_cast<unsigned int>(width * height * 3 / 2));
+  mPool = new PanoramaBufferPool(static_cast<unsigned int>(pixels * 3 / 2));
   mRunning.store(true);
   if (start() != 0) {
     mRunning.store(false);
@@ -167,7 +171,7 @@ int PanoramaModule::pushFrame(unsigned char* buffer, float gyroX, float gyroY, i
   }
   mDirection.store(direction);
 
-  int size = (mWidth * mHeight * 3) / 2;
+  int size = getFrameBytes();
   unsigned char* pixels = mPool->take();
   if (pixels == nullptr) {
     OV_LOGD("PanoramaModule::pushFrame   PANORAMA_RESULT_TYPE_OUT_OF_MEMRORY   1\n");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <vector>
 
 #include "core/Condition.h"
@@ -76,7 +77,7 @@ class OV_EXPORT PanoramaModule : public Thread {
   bool isRunning() const { return mRunning.load(); }
   int getQueuedCount();
   // Bytes of one input frame (width x height x 3 / 2) for the current size.
-  int getFrameBytes() const { return mWidth * mHeight * 3 / 2; }
+  int getFrameBytes() const { return static_cast<int>(int64_t{mWidth} * mHeight * 3 / 2); }
   // The queued frames, oldest first.
   std::vector<auto_ptr<PanoramaFrame>> getQueuedFrames();
   // The last frame the worker took; read it after close.

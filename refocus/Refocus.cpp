@@ -4,13 +4,16 @@
 #include <ctime>
 
 #include "core/Memory.h"
-#include "image/FlatImage.h"
+#include "core/MemoryTag.h"
+#include "core/SizeRule.h"
 
 namespace {
 
 constexpr int kSide = RF_WORK_SIDE;
 constexpr int64_t kSideArea = int64_t{kSide} * kSide;
-constexpr int64_t kMaxBytes = UINT32_MAX;  // every allocation goes through an unsigned int
+// The scratch area holds the column sums while downscaling and then the
+// integral table of the gradient (32-bit cells) while smoothing.
+constexpr int64_t kTableBytes = kSideArea * 4;
 // Record words: mark, first position, count, grid columns, grid rows, id.
 constexpr int64_t kHeaderWords = 6;
 // The reported record length covers seven position words; the block itself has
@@ -57,16 +60,31 @@ void storeBigEndian(unsigned char* at, uint32_t v) {
   at[3] = static_cast<unsigned char>(v);
 }
 
+// The luma area (W x H bytes, at least the integral table's size) is the
+// scratch: the luma itself is read straight from the frame.
+int64_t scratchBytes(int64_t pixels) { return pixels > kTableBytes ? pixels : kTableBytes; }
+
+// The work buffer: cell sums first (4-byte aligned), the scratch, the small
+// image and the gradient image. -1 when it does not fit the allocator.
+int64_t workBytes(int64_t cells, int64_t pixels) {
+  return sizerule::within(sizerule::kUintLimit, cells * 4 + scratchBytes(pixels) + 2 * kSideArea);
+}
+
 int cellCount(const RFModule* m) { return m->gridCols * m->gridRows; }
 int* cellSums(RFModule* m) { return reinterpret_cast<int*>(m->work); }
+uint32_t* scratch(RFModule* m) { return reinterpret_cast<uint32_t*>(m->work + int64_t{4} * cellCount(m)); }
 unsigned char* smallImage(RFModule* m) {
-  return m->work + int64_t{4} * cellCount(m) + int64_t{m->width} * m->height;
+  return m->work + int64_t{4} * cellCount(m) + scratchBytes(int64_t{m->width} * m->height);
 }
 unsigned char* gradientImage(RFModule* m) { return smallImage(m) + kSideArea; }
 
 // Box average of the luma (the frame's even bytes) over fy x fx blocks into the
 // 600 x 600 image; blocks are empty, and the result 0, when a side is below 600.
-void downscale(const unsigned char* frame, int width, int height, unsigned char* small) {
+// The column sums (600 fx <= W entries) fit the scratch, which has W x H bytes.
+// The scratch is a pointer now rather than a local array: restrict tells the
+// compiler it aliases neither the frame nor the small image.
+void downscale(const unsigned char* __restrict frame, int width, int height, unsigned char* __restrict small,
+               uint32_t* __restrict sums) {
   const int fx = width / kSide;
   const int fy = height / kSide;
   if (fx == 0 || fy == 0) {
@@ -76,13 +94,6 @@ void downscale(const unsigned char* frame, int width, int height, unsigned char*
   const int used = kSide * fx;
   const uint32_t area = static_cast<uint32_t>(fx) * static_cast<uint32_t>(fy);
   // Column sums of fy rows, then fx columns each.
-  uint32_t columnSums[kSide * 8];
-  const bool stackSums = used <= kSide * 8;
-  uint32_t* sums = stackSums ? columnSums : static_cast<uint32_t*>(ov_malloc(used * 4u));
-  if (sums == nullptr) {
-    memset(small, 0, kSideArea);
-    return;
-  }
   for (int r = 0; r < kSide; ++r) {
     const unsigned char* row = frame + 2 * (int64_t{r} * fy * width);
     for (int x = 0; x < used; ++x) sums[x] = row[2 * x];
@@ -99,7 +110,6 @@ void downscale(const unsigned char* frame, int width, int height, unsigned char*
       out[c] = static_cast<unsigned char>(total / area);
     }
   }
-  if (!stackSums) ov_free(sums);
 }
 
 // |S[y][x + 1] - S[y][x]| inside the one-pixel border, which is never written.
@@ -115,16 +125,18 @@ void gradient(const unsigned char* small, unsigned char* grad) {
 }
 
 // 3 x 3 mean (divisor 9 also at the border) from the inclusive summed-area
-// table; returns false if the table could not be made.
-bool smooth(unsigned char* grad, unsigned char* small) {
-  flat::Image* image = ov_createImage(kSide, kSide, 1, kSide, grad);
-  if (image == nullptr) return false;
-  flat::IntegralImage* integral = ov_createIntegralImage(image);
-  if (integral == nullptr) {
-    ov_releaseImage(image);
-    return false;
+// table of the gradient, built in the scratch as ov_createIntegralImage would
+// build it, so that a frame allocates nothing.
+void smooth(const unsigned char* __restrict grad, unsigned char* __restrict small,
+            uint32_t* __restrict table) {
+  for (int y = 0; y < kSide; ++y) {
+    uint32_t rowSum = 0;
+    uint32_t* out = table + y * kSide;
+    for (int x = 0; x < kSide; ++x) {
+      rowSum += grad[y * kSide + x];
+      out[x] = y == 0 ? rowSum : rowSum + out[x - kSide];
+    }
   }
-  const uint32_t* table = integral->data;
   auto at = [table](int r, int c) -> int64_t {
     return (r < 0 || c < 0) ? 0 : static_cast<int64_t>(table[r * kSide + c]);
   };
@@ -140,9 +152,6 @@ bool smooth(unsigned char* grad, unsigned char* small) {
       out[x] = static_cast<unsigned char>(sum / 9);
     }
   }
-  ov_releaseImage(image);
-  ov_releaseIntegralImage(integral);
-  return true;
 }
 
 void cellSumsOf(const unsigned char* small, int gridCols, int gridRows, int* cells) {
@@ -164,8 +173,8 @@ void cellSumsOf(const unsigned char* small, int gridCols, int gridRows, int* cel
 
 RFTarget* RFTarget_Create(int* data, int cols, int rows) {
   if (data == nullptr || cols < 1 || rows < 1) return nullptr;
-  const int64_t bytes = int64_t{cols} * rows * 4;
-  if (bytes > kMaxBytes) return nullptr;
+  const int64_t bytes = sizerule::intCount(cols, rows, 4);
+  if (bytes < 0) return nullptr;
   auto* t = static_cast<RFTarget*>(ov_malloc(sizeof(RFTarget)));
   if (t == nullptr) return nullptr;
   t->data = static_cast<int*>(ov_malloc(static_cast<unsigned int>(bytes)));
@@ -189,12 +198,16 @@ void RFTarget_Release(RFTarget** pt) {
 
 RFModule* RFModule_Create(int width, int height, int gridCols, int gridRows) {
   if (width < 1 || height < 1 || gridCols < 1 || gridRows < 1) return nullptr;
-  const int64_t pixels = int64_t{width} * height;
-  const int64_t cells = int64_t{gridCols} * gridRows;
-  const int64_t workBytes = cells * 4 + pixels + 2 * kSideArea;
-  // The frame (two bytes per pixel), the work buffer and the largest record
-  // must all be addressable with 32-bit sizes.
-  if (pixels * 2 > kMaxBytes || workBytes > kMaxBytes || recordBytes(cells) > kMaxBytes) return nullptr;
+  // The frame (two bytes per pixel) and the record length reported in an int
+  // must fit an int; the work buffer and the record block the allocator's
+  // 32 bits.
+  if (sizerule::intCount(width, height, 2) < 0) return nullptr;
+  const int64_t cells = sizerule::intCount(gridCols, gridRows);
+  if (cells < 0 ||
+      sizerule::within(sizerule::kIntLimit, (cells + kHeaderWords + kReportedPositionWords) * 4) < 0)
+    return nullptr;
+  const int64_t work = workBytes(cells, int64_t{width} * height);
+  if (work < 0 || sizerule::within(sizerule::kUintLimit, recordBytes(cells)) < 0) return nullptr;
 
   auto* m = static_cast<RFModule*>(ov_malloc_has_tag(RF_MODULE_TAG, sizeof(RFModule)));
   if (m == nullptr) return nullptr;
@@ -205,13 +218,13 @@ RFModule* RFModule_Create(int width, int height, int gridCols, int gridRows) {
   m->gridCols = gridCols;
   m->gridRows = gridRows;
   m->result = static_cast<int*>(ov_malloc(static_cast<unsigned int>(cells * 4)));
-  m->work = static_cast<unsigned char*>(ov_malloc(static_cast<unsigned int>(workBytes)));
+  m->work = static_cast<unsigned char*>(ov_malloc(static_cast<unsigned int>(work)));
   if (m->result == nullptr || m->work == nullptr) {
     RFModule_Release(&m);
     return nullptr;
   }
   memset(m->result, 0, static_cast<size_t>(cells * 4));
-  memset(m->work, 0, static_cast<size_t>(workBytes));
+  memset(m->work, 0, static_cast<size_t>(work));
   return m;
 }
 
@@ -282,9 +295,9 @@ void RFModule_PreProcess(RFModule* m, unsigned char* frame, int position) {
   unsigned char* grad = gradientImage(m);
   // The luma is read straight from the frame's even bytes while averaging;
   // the values are those a separate luma copy would give.
-  downscale(frame, m->width, m->height, small);
+  downscale(frame, m->width, m->height, small, scratch(m));
   gradient(small, grad);
-  if (!smooth(grad, small)) return;  // no table, no target: as a failed target creation
+  smooth(grad, small, scratch(m));
   int* cells = cellSums(m);
   cellSumsOf(small, m->gridCols, m->gridRows, cells);
   RFModule_AddTarget(m, RFTarget_Create(cells, m->gridCols, m->gridRows), position);

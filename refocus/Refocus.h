@@ -39,9 +39,10 @@ struct RFModule {
   RFTarget* targets;                // in order of addition
   int* result;                      // gridCols x gridRows winner indices
   // Cell sums (gridCols x gridRows ints, first so they stay aligned), then the
-  // luma area (width x height), the small image and the gradient image
-  // (600 x 600 each). Zeroed at creation: the gradient's border is never
-  // written, so it stays 0.
+  // scratch for column sums and the integral table (width x height bytes, at
+  // least 600 x 600 x 4), the small image and the gradient image (600 x 600
+  // each). Zeroed at creation: the gradient's border is never written, so it
+  // stays 0. Frames allocate nothing but their target.
   unsigned char* work;
   unsigned char* output;  // the newest result record, or null; older ones hang off it
 };

@@ -24,7 +24,7 @@ SuperCaptureFrame* SuperCaptureFrame::createFrame(unsigned int id, unsigned int 
   if (width == 0 || height == 0 || format != supercapture::kFormatPacked) return nullptr;
   if (planes == nullptr || planes[0] == nullptr) return nullptr;
   if (!supercapture::sizeFits(width, height)) return nullptr;
-  unsigned int bytes = width * height * 2;
+  const auto bytes = static_cast<unsigned int>(sizerule::uintCount(width, height, 2));
   auto* copy = static_cast<unsigned char*>(galloc_malloc(bytes));
   if (copy == nullptr) return nullptr;
   galloc_memcpy(copy, planes[0], bytes);

@@ -4,6 +4,7 @@
 
 #include "core/Export.h"
 #include "core/RefBase.h"
+#include "core/SizeRule.h"
 
 // One copied burst frame. Format 1 is the only one: two bytes per pixel, all
 // in planes[0] (luma at even offsets), W x H x 2 bytes with no row padding.
@@ -37,7 +38,7 @@ constexpr unsigned int kFormatPacked = 1;
 
 // True when the frame (W x H x 2 bytes) and the merge accumulator
 // (W x H x 8 bytes) can both be sized with 32-bit counts.
-inline bool sizeFits(unsigned int width, unsigned int height) {
-  return static_cast<uint64_t>(width) * height * 8u <= UINT32_MAX;
+constexpr bool sizeFits(unsigned int width, unsigned int height) {
+  return sizerule::uintCount(width, height, 8) >= 0;
 }
 }  // namespace supercapture

@@ -14,7 +14,7 @@ void initAccumulator(int32_t*& acc, unsigned int& count, unsigned int& w, unsign
   count = 0;
   w = width;
   h = height;
-  unsigned int bytes = width * height * 8;
+  const auto bytes = static_cast<unsigned int>(sizerule::uintCount(width, height, 8));
   acc = static_cast<int32_t*>(galloc_malloc(bytes));
   if (acc != nullptr) galloc_memset(acc, 0, bytes);
 }
@@ -26,13 +26,17 @@ void releaseAccumulator(int32_t*& acc) {
   }
 }
 
-size_t frameBytes(unsigned int w, unsigned int h) { return static_cast<size_t>(w) * h * 2; }
+// Frames and schemes only exist for sizes that passed sizeFits, so the count
+// is known to fit before it becomes a size_t.
+size_t frameBytes(unsigned int w, unsigned int h) {
+  return static_cast<size_t>(sizerule::uintCount(w, h, 2));
+}
 
 // A frame is served when it has pixels and at least as many bytes as the
 // accumulator covers; anything else would be read or written out of bounds.
 bool usable(const auto_ptr<SuperCaptureFrame>& frame, const int32_t* acc, unsigned int w, unsigned int h) {
   if (frame == nullptr || acc == nullptr) return false;
-  return frameBytes(frame->width, frame->height) >= frameBytes(w, h);
+  return sizerule::uintCount(frame->width, frame->height, 2) >= sizerule::uintCount(w, h, 2);
 }
 
 }  // namespace

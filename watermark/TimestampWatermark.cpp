@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/Memory.h"
+#include "core/SizeRule.h"
 #include "image/ColorConvert.h"
 #include "watermark/TimestampGlyphs.h"
 
@@ -11,8 +12,6 @@ namespace {
 
 using watermark::kSymbolsPerSet;
 using watermark::kTimestampSymbols;
-
-constexpr int64_t kMaxBytes = UINT32_MAX;  // every buffer size goes through an unsigned int
 
 // The glyphs are drawn for one sensor resolution per aspect ratio; a photo is
 // scaled by its size relative to that reference.
@@ -61,11 +60,12 @@ void CreateTimestampWatermark(const char* text, unsigned char** out, int* outWid
     if (sym == nullptr) return;
     width += sym->width;
     if (sym->height > height) height = sym->height;
-    if (width > kMaxBytes) return;  // stops long before the sum could overflow
+    if (width > sizerule::kIntLimit) return;  // stops long before the sum could overflow
   }
   if (width & 1) ++width;  // YUYV stores pixels in pairs
-  const int64_t bytes = width * height;
-  if (bytes == 0 || bytes > kMaxBytes) return;
+  // The width is reported in an int and so is every count of the image.
+  const int64_t bytes = sizerule::intCount(width, height);
+  if (bytes <= 0) return;
 
   auto* coverage = static_cast<unsigned char*>(galloc_malloc(static_cast<unsigned int>(bytes)));
   if (coverage == nullptr) return;
@@ -93,6 +93,7 @@ void CreateTimestampWatermark(const char* text, unsigned char** out, int* outWid
 
 int DrawSymbol(unsigned char* dst, int dstWidth, int dstHeight, Symbol* sym, int x, int y, int w, int h) {
   if (dst == nullptr || sym == nullptr || sym->bitmap == nullptr || dstWidth < 1 || dstHeight < 1) return 0;
+  if (sizerule::intCount(dstWidth, dstHeight) < 0) return 0;
   const int64_t x0 = x > 0 ? x : 0;
   const int64_t y0 = y > 0 ? y : 0;
   const int64_t x1 = static_cast<int64_t>(x) + w < dstWidth ? static_cast<int64_t>(x) + w : dstWidth;
@@ -115,7 +116,7 @@ int DrawSymbol(unsigned char* dst, int dstWidth, int dstHeight, Symbol* sym, int
 
 int make_photo_timestamp_watermark_to_yuyv(unsigned char* yuyv, int width, int height, const char* text) {
   if (yuyv == nullptr || text == nullptr || width < 1 || height < 1) return 0;
-  if (static_cast<int64_t>(width) * height * 2 > kMaxBytes) return 0;
+  if (sizerule::intCount(width, height, 2) < 0) return 0;
 
   const int64_t longSide = width > height ? width : height;
   const int64_t shortSide = width > height ? height : width;
@@ -136,8 +137,9 @@ int make_photo_timestamp_watermark_to_yuyv(unsigned char* yuyv, int width, int h
   const int64_t x0 = width - 1 - (g.margin * longSide) / g.refLong - sw;
   const int64_t y0 = height - 1 - (g.margin * shortSide) / g.refShort - sh;
 
+  // The RGB stamp, the largest buffer, goes through the int-sized converter.
   const int64_t pixels = sw * sh;
-  if (pixels * 3 > kMaxBytes) {
+  if (sizerule::intCount(sw, sh, 3) < 0) {
     galloc_free(wm);
     return 0;
   }

@@ -28,6 +28,7 @@ TEST(Memory, TagIsBigEndianAndWrongTagFreesNothing) {
 TEST(Memory, ZeroSizesAndNullPointersAreRefused) {
   EXPECT_EQ(ov_malloc(0), nullptr);
   EXPECT_EQ(ov_malloc_has_tag(0x11223344u, 0), nullptr);
+  EXPECT_EQ(ov_malloc_has_tag(0x11223344u, 0xFFFFFFFDu), nullptr);  // size + 4 beyond 32 bits
   EXPECT_EQ(galloc_malloc(0), nullptr);
   ov_free(nullptr);
   galloc_free(nullptr);

@@ -42,6 +42,13 @@ TEST(MemoryStream, BadArgumentsGiveMinusOne) {
   MemoryStream wrap(b, 4);
   EXPECT_EQ(wrap.close(), 0);
   EXPECT_EQ(wrap.write(b, 2), -1);
+  // Counts that an int cannot return are refused before any byte moves.
+  unsigned char src[4] = {1, 2, 3, 4}, dst[4] = {9, 9, 9, 9};
+  MemoryStream huge(src, 0xFFFFFFFFu);
+  EXPECT_EQ(huge.read(dst, 0x80000000u), -1);
+  EXPECT_EQ(huge.write(dst, 0x80000000u), -1);
+  EXPECT_EQ(std::string(dst, dst + 4) + std::string(src, src + 4), "\x09\x09\x09\x09\x01\x02\x03\x04");
+  EXPECT_EQ(huge.getPosition(), 0u);
 }
 
 TEST(MemoryStream, SeekClampsAndReportsTheUnclampedMove) {
@@ -68,12 +75,14 @@ TEST(FileStream, WriteThenReadBackAndModeZero) {
     char hello[] = "hello";
     EXPECT_EQ(w.write(hello, 5), 5);
     EXPECT_EQ(w.write(nullptr, 5), 0);
+    EXPECT_EQ(w.write(hello, 0x80000000u), 0);  // a count an int cannot return
     EXPECT_EQ(w.close(), 0);
     EXPECT_EQ(w.write(hello, 5), 0);
   }
   FileStream r(path.c_str(), FileStream::FileMode(1));
   EXPECT_EQ(r.getLength(), 5u);
   char buf[16] = {0};
+  EXPECT_EQ(r.skip(0x80000000u), 0);
   EXPECT_EQ(r.read(buf, 3), 3);
   EXPECT_EQ(r.skip(1), 1);
   EXPECT_EQ(r.read(buf + 3, 10), 1);

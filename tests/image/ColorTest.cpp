@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -159,6 +160,29 @@ TEST(ColorConvert, GroupSizeLimits) {
   // Null planes and pixel counts that do not fit in an int are refused.
   EXPECT_EQ(color_convert_yuv422p2rgb(out.data(), out.data(), nullptr, out.data(), 2, 1), 0);
   EXPECT_EQ(color_convert_rgb2yuyv(out.data(), out.data(), 100000, 100000), 0);
+}
+
+// A frame whose largest buffer has more bytes than an int counts is refused,
+// nothing touched: 2^29 RGBA pixels, 2^31 / 3 RGB pixels (rounded up to a
+// multiple of 4), 2^31 grey pixels, 2^31 / 1.5 NV pixels.
+TEST(ColorConvert, ByteCountsBeyondAnIntAreRefused) {
+  using Fn = int (*)(const unsigned char*, unsigned char*, int, int);
+  const int n3 = INT32_MAX / 3 + 2;
+  const Bytes src(64, 128);
+  Bytes out(64, 0xEE);
+  unsigned char* o = out.data();
+  for (Fn f :
+       {color_convert_gray2rgba, color_convert_rgba2gray, color_convert_rgb2rgba, color_convert_rgba2rgb})
+    EXPECT_EQ(f(src.data(), o, 1 << 29, 1), 0);
+  for (Fn f :
+       {color_convert_gray2rgb, color_convert_rgb2gray, color_convert_rgb2yuv, color_convert_yuv2rgb,
+        color_convert_rgb2yuyv, color_convert_yuyv2rgb, color_convert_rgb2yvyu, color_convert_yvyu2rgb})
+    EXPECT_EQ(f(src.data(), o, n3, 1), 0);
+  EXPECT_EQ(color_convert_yuv2gray(src.data(), o, 65536, 32768), 0);
+  EXPECT_EQ(color_convert_yv12oryu122rgb(src.data(), src.data(), src.data(), o, n3, 1), 0);
+  EXPECT_EQ(color_convert_rgb2nv12(src.data(), o, o, n3 / 2, 2), 0);
+  convert_nv21_to_yv12(src.data(), o, INT32_MAX / 3 * 2 + 2, 1);
+  EXPECT_EQ(out, Bytes(64, 0xEE));
 }
 
 // 2x2: one V and one U byte move; 4x2: V plane at N, U plane at N * 5 / 4.

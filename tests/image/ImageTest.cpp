@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <vector>
 
 #include "core/Memory.h"
@@ -68,7 +69,8 @@ TEST(Image, Planar422CopiesTheVPlaneOneByteBehindU) {
 }
 
 // Byte counts that wrap in 32 bits are refused (65536 * 65536 wraps to 0,
-// 40000 * 40000 * 3 to a small size), so no plane can point past the buffer.
+// 40000 * 40000 * 3 to a small size, 2^66 to 0 even in 64 bits), so no plane
+// can point past the buffer. The flat records count in ints.
 TEST(Image, SizesThatOverflow32BitsAreRefused) {
   const struct {
     unsigned w, h, d;
@@ -76,12 +78,18 @@ TEST(Image, SizesThatOverflow32BitsAreRefused) {
   } cases[] = {{65536, 65536, 1, Image::IMAGE_FORMAT_GRAY},
                {40000, 40000, 1, Image::IMAGE_FORMAT_RGB},
                {1, 1, 0xFFFFFFFFu, Image::IMAGE_FORMAT_NV21},
-               {65536, 32768, 1, Image::IMAGE_FORMAT_YUYV}};
+               {65536, 32768, 1, Image::IMAGE_FORMAT_YUYV},
+               {1u << 22, 1u << 22, 1u << 22, Image::IMAGE_FORMAT_GRAY}};
   for (const auto& c : cases) {
     Image image(c.w, c.h, c.d, c.f, nullptr);
     for (unsigned char* p : image.planes) EXPECT_EQ(p, nullptr);
   }
-  EXPECT_EQ(ov_createImage(70000, 70000, 1), nullptr);
+  EXPECT_EQ(ov_createImage(65536, 32768, 1), nullptr);
+  unsigned char px[4] = {};
+  EXPECT_EQ(ov_createImage(1, 2, 1, INT32_MAX, px), nullptr);  // row 2 ends beyond an int
+  EXPECT_EQ(ov_createYUVImage(65536, 32768, px), nullptr);
+  flat::Image wide = {16384, 32768, 1, 16384, 0, px};  // table of 2^31 bytes
+  EXPECT_EQ(ov_createIntegralImage(&wide), nullptr);
 }
 
 // Statistics and the integral image read the first width * height bytes

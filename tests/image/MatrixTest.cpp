@@ -43,6 +43,12 @@ TEST(FlatMatrix, DeterminantsInversesAndShapes) {
   EXPECT_EQ(ov_matrixInverse(zero), nullptr);
   flat::Matrix* wide = ov_createMatrix(2, 3);
   EXPECT_EQ(ov_matrixMultiply(wide, wide), nullptr);  // 2x3 by 2x3
+  // Row table and cells beyond an int (2^31 + 2^30 bytes), and cells beyond it alone.
+  for (int rows : {1 << 28, INT32_MAX}) {
+    EXPECT_EQ(ov_createMatrix(rows, rows == INT32_MAX ? 2 : 1), nullptr) << rows;
+    auto_ptr<Matrix> refused(Matrix::create(rows, rows == INT32_MAX ? 2 : 1));
+    EXPECT_EQ(refused->data, nullptr) << rows;
+  }
   for (flat::Matrix* x : {m2, inv2, m3, adj, m4, inv4, left, right, zero, wide}) ov_releaseMatrix(x);
 }
 

@@ -73,11 +73,14 @@ TEST(BlurRefusals, LeaveEveryBufferUnchanged) {
   uint8_t* p = px.data();
   for (int r : {-1, 255, 1000}) stack_blur(p, 6, 5, r);  // radius outside 0..254
   stack_blur(p, 6, -1, 3);
-  stack_blur(p, 65536, 65536, 3);                              // byte count beyond 32 bits
+  stack_blur(p, 32768, 16384, 3);                              // byte count beyond an int
   for (int n : {7, -8}) alpha_blend_neon(p, n, 0, 0, 0, 255);  // no whole group of eight
   alpha_blend(p, -8, 0, 0, 0, 255);
-  alpha_blend_neon(p, 0x40000000, 0, 0, 0, 255);  // byte count beyond 32 bits
-  alpha_blend(p, 0x40000000, 0, 0, 0, 255);
+  alpha_blend_neon(p, 0x20000000, 0, 0, 0, 255);  // byte count beyond an int
+  alpha_blend(p, 0x20000000, 0, 0, 0, 255);
+  for (auto blur : {box_blurH, box_blurV, box_blur}) blur(p, p + 270, 65535, 65535, 1);  // beyond an int
+  gauss_blur(p, p + 270, 65535, 65535, 2);
+  gaussiir(p, (1 << 29) + 1, 5, 1, (1 << 29) + 1, 3.0f, 3.0f);
   gaussiir(p, 4, 8, 1, 4, 3.0f, 3.0f);   // smaller side 4
   gaussiir(p, 9, 8, 2, 17, 3.0f, 3.0f);  // stride too small
   gaussiir(p, 9, 8, 5, 60, 3.0f, 3.0f);  // five channels
@@ -85,6 +88,7 @@ TEST(BlurRefusals, LeaveEveryBufferUnchanged) {
   EXPECT_EQ(px, orig);
   std::vector<uint32_t> src(12, 0x00123456u), dst(12, 7u);
   fast_blur(src.data(), dst.data(), 4, 3, 0);  // radius below one
+  fast_blur(src.data(), dst.data(), 32768, 16384, 2);
   EXPECT_EQ(dst, std::vector<uint32_t>(12, 7u));
 }
 

@@ -39,6 +39,10 @@ TEST(PanoramaModule, RefusalsAndTheirResultCodes) {
   const int refused[][3] = {{0, 480, 3}, {640, 480, 0}, {640, 480, 4}, {37838, 37838, 3}};
   for (const auto& r : refused) EXPECT_EQ(3, m.startup(r[0], r[1], r[2], PanoramaModuleOnErrorCallback));
   EXPECT_EQ(0, m.close());  // joins no thread that never started
+  // W x H x 3 overflows an int although the frame's bytes fit one.
+  ASSERT_EQ(0, m.startup(40000, 25000, 3, nullptr));
+  EXPECT_EQ(1500000000, m.getFrameBytes());
+  EXPECT_EQ(0, m.close());
   EXPECT_EQ(1, cap.countPrefix("PanoramaModule::startup width:0, height:480, format:3, onErrorCb:0x"));
 
   ASSERT_EQ(0, m.startup(W, H, 3, nullptr));

@@ -70,16 +70,19 @@ std::vector<int> referenceCells(const std::vector<unsigned char>& frame, int w, 
 }
 
 TEST(RefocusCreate, RefusalsFieldsAndTag) {
-  // Any size below 1; a frame of 2^32 bytes; 2^30 cells.
+  // Any size below 1; frame bytes and the reported record length beyond an int.
   const int refused[][4] = {{0, 600, 4, 4},    {600, -1, 4, 4},      {600, 600, 0, 4},
-                            {600, 600, 4, -4}, {65536, 32768, 4, 4}, {600, 600, 32768, 32768}};
+                            {600, 600, 4, -4}, {46341, 23171, 4, 4}, {600, 600, 23171, 23171}};
+  EXPECT_EQ(RefocusModule_Initialize(100, 100, INT32_MAX, INT32_MAX), 0);  // cell bytes wrap 64 bits
   for (auto& r : refused) {
     EXPECT_EQ(RFModule_Create(r[0], r[1], r[2], r[3]), nullptr) << r[0] << " " << r[1] << " " << r[2];
     EXPECT_EQ(RefocusModule_Initialize(r[0], r[1], r[2], r[3]), 0);
   }
+  int cell = 5;  // 2^31 bytes of cell sums would be copied from it
+  EXPECT_EQ(RFTarget_Create(&cell, 32768, 16384), nullptr);
   RFModule* m = RFModule_Create(640, 480, 7, 5);
   ASSERT_NE(m, nullptr);
-  EXPECT_EQ(ov_read_tag(m), 0x110011u);
+  EXPECT_EQ(words(reinterpret_cast<unsigned char*>(m), -1, 1)[0], 0x110011u);  // the tag word
   EXPECT_EQ((std::vector<int>{m->targetCount, m->width, m->height, m->gridCols, m->gridRows}),
             (std::vector<int>{0, 640, 480, 7, 5}));
   EXPECT_TRUE(m->targets == nullptr);
@@ -131,7 +134,7 @@ TEST(RefocusHandles, ForeignTagAndZeroAreRefused) {
     EXPECT_EQ(size, 0);
     RefocusModule_Release(h);
   }
-  EXPECT_EQ(ov_read_tag(foreign), 0x110012u);  // still allocated
+  EXPECT_EQ(words(static_cast<unsigned char*>(foreign), -1, 1)[0], 0x110012u);  // still allocated
   ov_free_has_tag(0x110012, foreign);
 }
 

@@ -136,10 +136,11 @@ TEST(SuperCapturePipeline, InitRefusesBadArgumentsAndLogs) {
   // The last: the accumulator would need 2^32 bytes.
   const int bad[][3] = {{640, 480, 2}, {0, 480, 1},    {640, 0, 1},
                         {640, 480, 0}, {-640, 480, 1}, {65536, 8192, 1}};
+  EXPECT_EQ(super_capture_module_init(INT32_MIN, INT32_MIN, 1), 0);  // 2^65 bytes, 0 mod 2^64
   for (const auto& b : bad) EXPECT_EQ(super_capture_module_init(b[0], b[1], b[2]), 0) << b[0] << "x" << b[1];
   EXPECT_EQ(cap.count("super_capture_module_init   width:640, height:480, format:2\n"), 1);
   EXPECT_EQ(cap.count("super_capture_module_init   width:-640, height:480, format:1\n"), 1);
-  EXPECT_EQ(cap.count("SuperSensor::init ..............................................\n"), 6);
+  EXPECT_EQ(cap.count("SuperSensor::init ..............................................\n"), 7);
   EXPECT_EQ(cap.countPrefix("SuperCapture::run"), 0);  // no worker was started
 
   intptr_t h = super_capture_module_init(640, 480, 1);

@@ -83,9 +83,9 @@ void expectRefusedInit(unsigned w, unsigned h, unsigned format) {
 
 TEST(SuperCaptureScheme, InitRefusesBadFormatsSizesAndOverflow) {
   // Then accumulator bytes W x H x 8 = 2^32 (the frame alone would fit),
-  // frame bytes W x H x 2 = 2^32, and the largest sizes.
-  const unsigned bad[][3] = {{640, 480, 2},    {0, 480, 1},       {640, 0, 1},  {640, 480, 0},
-                             {65536, 8192, 1}, {65536, 32768, 1}, {~0u, ~0u, 1}};
+  // frame bytes W x H x 2 = 2^32, the largest sizes, and 2^65 (0 mod 2^64).
+  const unsigned bad[][3] = {{640, 480, 2},    {0, 480, 1},       {640, 0, 1},   {640, 480, 0},
+                             {65536, 8192, 1}, {65536, 32768, 1}, {~0u, ~0u, 1}, {1u << 31, 1u << 31, 1}};
   for (const auto& b : bad) {
     expectRefusedInit<SuperCaptureLowLightScheme>(b[0], b[1], b[2]);
     expectRefusedInit<SuperCaptureHighLightScheme>(b[0], b[1], b[2]);

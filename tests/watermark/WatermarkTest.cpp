@@ -148,6 +148,9 @@ TEST(TimestampStamp, RefusalsReturnZeroWithThePhotoUnchanged) {
   EXPECT_EQ(make_photo_timestamp_watermark_to_yuyv(px, 0, 3000, "12:00"), 0);
   EXPECT_EQ(make_photo_timestamp_watermark_to_yuyv(px, 4000, -1, "12:00"), 0);
   EXPECT_EQ(make_photo_timestamp_watermark_to_yuyv(px, 65536, 32768, "12:00"), 0);  // 2^32 bytes
+  EXPECT_EQ(make_photo_timestamp_watermark_to_yuyv(px, 46341, 23171, "12:00"), 0);  // beyond an int
+  Symbol* one = GetTimestampSymbol_4_to_3('1');
+  EXPECT_EQ(DrawSymbol(px, 65536, 32768, one, 0, 0, 1, 1), 0);
   EXPECT_TRUE(photo == before);
 }
 
