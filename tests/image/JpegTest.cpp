@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <random>
+#include <string>
 // clang-format off
 #include <jpeglib.h>
 // clang-format on
@@ -128,6 +130,38 @@ TEST(Jpeg, WriteFailureLogsThroughTheErrorHook) {
   EXPECT_EQ(
       cap.count("jpeg_utils_error_exit,msgcode[37]  msg: Output file write error --- out of disk space?\n"),
       1);
+}
+
+// An encode whose output is a whole number of 1024-byte blocks leaves nothing
+// for the final flush; a file stream answers 0 to that empty write, which
+// must not fail the encode.
+TEST(Jpeg, OutputOfWholeBlocksEncodesToAFile) {
+  Bytes whole;
+  auto_ptr<Image> picture;
+  for (int seed = 0; seed < 64 && whole.empty(); ++seed) {
+    picture = smallPicture();
+    for (unsigned i = 0; i < 32 * 24 * 3; i += 7)
+      picture->planes[0][i] ^= static_cast<unsigned char>(seed * 37);
+    for (int q = 1; q <= 100 && whole.empty(); ++q) {
+      Bytes data = encode(picture, q);
+      if (!data.empty() && data.size() % 1024 == 0) whole = data;
+    }
+  }
+  ASSERT_FALSE(whole.empty());
+  const std::string path = testing::TempDir() + "whole-blocks.jpg";
+  int quality = 1;
+  while (encode(picture, quality) != whole) ++quality;
+  {
+    auto_ptr<Stream> file(new FileStream(path.c_str(), FileStream::FILE_MODE_WRITE));
+    JpegEncoder encoder;
+    EXPECT_EQ(encoder.encode(file, picture, quality), 1);
+  }
+  auto_ptr<Stream> back(new FileStream(path.c_str(), FileStream::FILE_MODE_READ));
+  Bytes written(back->getLength());
+  EXPECT_EQ(back->read(written.data(), static_cast<unsigned>(written.size())),
+            static_cast<int>(whole.size()));
+  EXPECT_EQ(written, whole);
+  std::remove(path.c_str());
 }
 
 // Every prefix of a small file and random byte flips: 0 (or a whole picture),
