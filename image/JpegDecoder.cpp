@@ -90,7 +90,7 @@ Image* decompress(Stream* stream, Image* spare) {
   const unsigned long long capacity = capacityOf(spare);
   if (bytes <= capacity && capacity - bytes <= capacity / 4) {
     // Same end state as Image::set for GRAY/RGB at depth 1, minus the
-    // allocation: the buffer is already the right size.
+    // allocation: the buffer is already large enough.
     out = spare;
     unused = nullptr;
     out->width = width;
