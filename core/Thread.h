@@ -28,11 +28,13 @@ class OV_EXPORT Thread : public RefBase {
 
   bool hasExited() const { return exited.load(); }
 
+  // Run instead of run() when set; the owner sets it before start().
+  auto_ptr<IRunnable> target;
+
  protected:
   static void* thread_proc(void* arg);
 
   pthread_t thread{};
-  auto_ptr<IRunnable> target;
   std::atomic<bool> exited{false};
 
  private:

@@ -43,8 +43,14 @@ void ThreadPool::start() {
 }
 
 int ThreadPool::submit(IRunnable* task) {
-  auto_ptr<IRunnable> held(task);
-  return submit(held);
+  // The queue's count is the only one taken here, and under the lock: a
+  // count held past the unlock could be the last one, and the submitter
+  // would then delete a task that a worker has run.
+  {
+    Mutex::Autolock hold(queueLock);
+    tasks.emplace_back(task);
+  }
+  return taskAvailable.signal();
 }
 
 int ThreadPool::submit(auto_ptr<IRunnable>& task) {

@@ -157,11 +157,12 @@ int color_convert_rgb2yv12oryu12(const unsigned char* rgb, unsigned char* y, uns
 
 int color_convert_yv12oryu122rgb(const unsigned char* y, const unsigned char* u, const unsigned char* v,
                                  unsigned char* rgb, int width, int height) {
-  // Unlike the other quad converters, a frame of fewer than four pixels is
-  // "nothing to do" here rather than a refusal.
+  // Unlike the other quad converters, a frame of fewer than four pixels, none
+  // included, is "nothing to do" here rather than a refusal.
   if (y == nullptr || u == nullptr || v == nullptr || rgb == nullptr) return 0;
+  if (width == 0 || height == 0) return 1;
   const int n = pixelsOf(width, height, 6);
-  if (n == 0) return 0;
+  if (n == 0) return 0;  // negative, or more bytes than an int counts
   i420ToRGB(y, u, v, rgb, n / 4);
   return 1;
 }

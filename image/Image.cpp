@@ -25,21 +25,25 @@ void Image::release() {
   }
 }
 
-void Image::configuare(unsigned char** src) {
-  // Called again on a configured image it starts afresh rather than leak.
-  release();
-  if (format < IMAGE_FORMAT_GRAY || format > IMAGE_FORMAT_NV21) return;
+void Image::configuare(unsigned char** src) { layOut(src); }
+
+bool Image::layOut(unsigned char** src) {
+  // An unknown format leaves the image as it was.
+  if (format < IMAGE_FORMAT_GRAY || format > IMAGE_FORMAT_NV21) return false;
   bytesPerPixel = kBytesPerPixel[format];
 
   // Refuse sizes whose byte count wraps: every plane offset below is derived
   // from N, so a wrapped N would put planes and copies past the buffer.
   const int64_t total = sizerule::uintCount(width, height, depth, bytesPerPixel);
-  if (total < 0) return;
+  if (total < 0) return false;
   const unsigned int n = width * height * depth;
 
   auto* buffer = static_cast<unsigned char*>(galloc_malloc(static_cast<unsigned int>(total)));
-  if (buffer == nullptr) return;
+  if (buffer == nullptr) return false;
 
+  // The source planes may point into the current buffer: it is released only
+  // once they have been copied.
+  unsigned char* laid[4] = {buffer, nullptr, nullptr, nullptr};
   switch (format) {
     case IMAGE_FORMAT_YUV422P:
       if (src != nullptr && src[0] != nullptr && src[1] != nullptr && src[2] != nullptr) {
@@ -49,8 +53,8 @@ void Image::configuare(unsigned char** src) {
         // as the format has always been laid out by this copy.
         galloc_memcpy(buffer + n + 1, src[2], n >> 1);
       }
-      planes[1] = buffer + n;
-      planes[2] = buffer + n + (n >> 1);
+      laid[1] = buffer + n;
+      laid[2] = buffer + n + (n >> 1);
       break;
     case IMAGE_FORMAT_YV12:
     case IMAGE_FORMAT_YU12:
@@ -58,7 +62,7 @@ void Image::configuare(unsigned char** src) {
         galloc_memcpy(buffer, src[0], n);
         galloc_memcpy(buffer + n, src[1], n >> 1);
       }
-      planes[1] = buffer + n;
+      laid[1] = buffer + n;
       break;
     case IMAGE_FORMAT_NV12:
     case IMAGE_FORMAT_NV21:
@@ -68,15 +72,18 @@ void Image::configuare(unsigned char** src) {
         // N + N/4 equals (N*5)/4 without the wrap of N*5.
         galloc_memcpy(buffer + n + (n >> 2), src[2], n >> 2);
       }
-      planes[1] = buffer + n;
-      planes[2] = buffer + n + (n >> 2);
+      laid[1] = buffer + n;
+      laid[2] = buffer + n + (n >> 2);
       break;
     default:
       if (src != nullptr && src[0] != nullptr)
         galloc_memcpy(buffer, src[0], static_cast<unsigned int>(total));
       break;
   }
-  planes[0] = buffer;
+  // Configuring a configured image again replaces its buffer rather than leak it.
+  release();
+  for (int i = 0; i < 4; ++i) planes[i] = laid[i];
+  return true;
 }
 
 void Image::set(unsigned int w, unsigned int h, unsigned int d, ImageFormatType f, unsigned char** src) {
@@ -84,8 +91,9 @@ void Image::set(unsigned int w, unsigned int h, unsigned int d, ImageFormatType 
   height = h;
   depth = d;
   format = f;
-  release();
-  configuare(src);
+  // The old buffer goes in any case; a format or size that cannot be laid out
+  // leaves no planes.
+  if (!layOut(src)) release();
 }
 
 Image* Image::createImage(unsigned int w, unsigned int h, unsigned int d, ImageFormatType f,

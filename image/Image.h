@@ -35,13 +35,15 @@ class OV_EXPORT Image : public RefBase {
   ~Image() override;
 
   // Allocates and lays out the buffer for the current format, copying the
-  // caller's planes in when every plane the format reads is given. Unknown
-  // formats and sizes whose byte count does not fit in 32 bits leave the
-  // planes null.
+  // caller's planes in when every plane the format reads is given (they may
+  // point into this image's own buffer), then releases the old buffer. An
+  // unknown format, a byte count beyond 32 bits or a failed allocation
+  // changes no plane.
   void configuare(unsigned char** planes);
 
-  // Frees the current buffer (if any), stores the new geometry and configures
-  // again. bytesPerPixel keeps its old value when the new format is unknown.
+  // Stores the new geometry and configures again; the old buffer is released
+  // in every case, so an unknown format leaves the planes null (bytesPerPixel
+  // keeps its old value then).
   void set(unsigned int width, unsigned int height, unsigned int depth, ImageFormatType format,
            unsigned char** planes);
 
@@ -64,4 +66,6 @@ class OV_EXPORT Image : public RefBase {
   Image(const Image&) = delete;
   Image& operator=(const Image&) = delete;
   void release();
+  // configuare's work; false when nothing was laid out.
+  bool layOut(unsigned char** planes);
 };

@@ -26,9 +26,10 @@ class OV_EXPORT ImageDecoder : public RefBase {
 //
 // The pixels go into a buffer of the decoder's own and change hands only on
 // success. The buffer the caller's image gives up is kept as the decoder's
-// spare and reused by the next decode of the same byte size, so repeated
-// decodes write into warm memory instead of fresh pages; it is freed with the
-// decoder or when a decode of another size comes along.
+// spare and reused by the next decode that fits it (its capacity is asked of
+// the allocator when it is taken, never read from the image's fields), so
+// repeated decodes write into warm memory instead of fresh pages; it is freed
+// with the decoder or when a decode of another size comes along.
 class OV_EXPORT JpegDecoder : public ImageDecoder {
  public:
   JpegDecoder() = default;

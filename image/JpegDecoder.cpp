@@ -1,4 +1,5 @@
 #include <jerror.h>
+#include <malloc.h>
 #include <sys/mman.h>
 
 #include <cstdint>
@@ -30,16 +31,29 @@ void preferHugePages(unsigned char* buffer, size_t size) {
 #endif
 }
 
-// Byte size of an image's buffer, 0 when it has none.
+// Byte size of a spare's buffer, 0 when it has none. Only spares that
+// recordSpare has measured are asked.
 unsigned long long capacityOf(const Image* image) {
   if (image == nullptr || image->planes[0] == nullptr || image->bytesPerPixel <= 0) return 0;
   return static_cast<unsigned long long>(image->width) * image->height * image->depth *
          static_cast<unsigned int>(image->bytesPerPixel);
 }
 
+// Records a buffer the caller's image gave up as a spare. Its public fields
+// are the caller's and may no longer describe the buffer, so the capacity is
+// taken from the allocator instead and written over them.
+void recordSpare(Image* spare) {
+  const size_t usable = malloc_usable_size(spare->planes[0]);
+  spare->width = static_cast<unsigned int>(usable > 0xFFFFFFFFu ? 0xFFFFFFFFu : usable);
+  spare->height = 1;
+  spare->depth = 1;
+  spare->format = Image::IMAGE_FORMAT_GRAY;
+  spare->bytesPerPixel = 1;
+}
+
 // Decodes into an Image of its own (never the caller's), so a failure leaves
 // the caller's image untouched. `spare` (owned, may be null) is reused when
-// its buffer has exactly the decoded byte size, else freed. As in the
+// the decoded bytes fit its recorded capacity snugly, else freed. As in the
 // encoder, nothing with a destructor lives across the setjmp.
 Image* decompress(Stream* stream, Image* spare) {
   jpeg_utils_source_mgr src(stream);
@@ -59,10 +73,11 @@ Image* decompress(Stream* stream, Image* spare) {
   jpeg_create_decompress(&cinfo);
   cinfo.mem->max_memory_to_use = kMaxDecoderMemory;
   cinfo.src = &src.pub;
-  // The source suspends only when the stream has run dry, which here means
-  // the data ended early.
-  if (jpeg_read_header(&cinfo, TRUE) != JPEG_HEADER_OK) ERREXIT(&cinfo, JERR_INPUT_EOF);
-  if (!jpeg_start_decompress(&cinfo)) ERREXIT(&cinfo, JERR_INPUT_EOF);
+  // The source suspends only when the stream has run dry. The results are
+  // not checked: a suspended header or start leaves libjpeg in a state in
+  // which its next call raises the error itself.
+  jpeg_read_header(&cinfo, TRUE);
+  jpeg_start_decompress(&cinfo);
 
   const unsigned int width = cinfo.output_width;
   const unsigned int height = cinfo.output_height;
@@ -71,9 +86,11 @@ Image* decompress(Stream* stream, Image* spare) {
   if (bytes > 0xFFFFFFFFull) ERREXIT1(&cinfo, JERR_IMAGE_TOO_BIG, JPEG_MAX_DIMENSION);
 
   const auto format = static_cast<Image::ImageFormatType>(components);
-  if (capacityOf(spare) == bytes) {
+  // A spare is reused when the decode fits it without wasting a quarter of it.
+  const unsigned long long capacity = capacityOf(spare);
+  if (bytes <= capacity && capacity - bytes <= capacity / 4) {
     // Same end state as Image::set for GRAY/RGB at depth 1, minus the
-    // allocation: the buffer is already the right size.
+    // allocation: the buffer is already large enough.
     out = spare;
     unused = nullptr;
     out->width = width;
@@ -104,9 +121,12 @@ Image* decompress(Stream* stream, Image* spare) {
   for (unsigned int y = 0; y < height; ++y) rows[y] = out->planes[0] + stride * y;
   while (cinfo.output_scanline < height) {
     const unsigned int at = cinfo.output_scanline;
-    if (jpeg_read_scanlines(&cinfo, rows + at, height - at) == 0) ERREXIT(&cinfo, JERR_INPUT_EOF);
+    // No rows: the data ended early, and finishing short of the last row
+    // makes libjpeg raise its own error.
+    if (jpeg_read_scanlines(&cinfo, rows + at, height - at) == 0) break;
   }
-  if (!jpeg_finish_decompress(&cinfo)) ERREXIT(&cinfo, JERR_INPUT_EOF);
+  // Every row is in; a stream that ends before the end marker still decodes.
+  jpeg_finish_decompress(&cinfo);
   jpeg_destroy_decompress(&cinfo);
   return out;
 }
@@ -146,6 +166,7 @@ int JpegDecoder::onDecode(auto_ptr<Stream>& stream, auto_ptr<Image>& image) {
   if (decoded->planes[0] == nullptr) {
     delete decoded;
   } else {
+    recordSpare(decoded);
     delete mSpare.exchange(decoded);
   }
   return 1;

@@ -112,8 +112,12 @@ int PanoramaModule::startup(int width, int height, int format, void (*onError)(i
   const int64_t pixels = sizerule::intCount(width, height);
   if (pixels < 0 || sizerule::within(sizerule::kIntLimit, pixels * 3 / 2) < 0)
     return PANORAMA_RESULT_TYPE_INVALID_PARAMETER;
-  // A second worker would orphan the first one's thread.
-  if (mRunning.load()) return PANORAMA_RESULT_TYPE_INVALID_OPERATOR;
+  // A startup while running begins a new run; the old worker is stopped
+  // first, as a second worker would orphan its thread.
+  if (mRunning.load()) {
+    mRunning.store(false);
+    join();
+  }
 
   mOnError = onError;
   mWidth = width;
@@ -123,10 +127,9 @@ int PanoramaModule::startup(int width, int height, int format, void (*onError)(i
   clearQueue();
   mPool = new PanoramaBufferPool(static_cast<unsigned int>(pixels * 3 / 2));
   mRunning.store(true);
-  if (start() != 0) {
-    mRunning.store(false);
-    return PANORAMA_RESULT_TYPE_OUT_OF_MEMRORY;
-  }
+  // No worker (logged by start): the module reads as stopped, so pushes are
+  // refused instead of queueing frames nobody takes.
+  if (start() != 0) mRunning.store(false);
   return PANORAMA_RESULT_TYPE_NO_ERROR;
 }
 

@@ -62,8 +62,9 @@ class OV_EXPORT PanoramaModule : public Thread {
   void run() override;
 
   // 0, or 3 for a bad size or format (including frames whose byte count does
-  // not fit in 32 bits), 4 when already running, 1 if the worker thread cannot
-  // be started. The reference readings of an earlier run are kept.
+  // not fit in 32 bits). While running it stops the old worker first. If the
+  // worker thread cannot be started the module stays stopped (pushes answer
+  // 4). The reference readings of an earlier run are kept.
   virtual int startup(int width, int height, int format, void (*onError)(int));
   // Offsets are written for results 0, 1 and 2; buffer stays the caller's.
   virtual int pushFrame(unsigned char* buffer, float gyroX, float gyroY, int& offsetX, int& offsetY);

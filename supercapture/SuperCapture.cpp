@@ -117,6 +117,10 @@ void SuperCapture::run() {
 
   if (running.load()) {
     do {
+      // Only the take happens under the queue lock: a push never waits for a
+      // merge. A frame once taken is merged before `running` is looked at
+      // again, so the frame in hand is always part of the result.
+      bool taken = false;
       queueLock.lock();
       while (queue.empty()) {
         if (!running.load()) break;
@@ -130,9 +134,13 @@ void SuperCapture::run() {
         }
       }
       if (!queue.empty()) {
-        OV_LOGD("SuperCapture::run   getFrame\n");
         current = queue.back();
         queue.pop_back();
+        taken = true;
+      }
+      queueLock.unlock();
+      if (taken) {
+        OV_LOGD("SuperCapture::run   getFrame\n");
         if (low == nullptr && high == nullptr) {
           int lum = brightness(current->planes[0], width * height);
           OV_LOGD("SuperCapture::run lum:%d select scheme", lum);
@@ -147,7 +155,6 @@ void SuperCapture::run() {
         if (low != nullptr) low->process(current);
         if (high != nullptr) high->process(current);
       }
-      queueLock.unlock();
     } while (running.load());
   }
 

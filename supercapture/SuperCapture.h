@@ -37,8 +37,8 @@ class OV_EXPORT SuperCapture : public Thread {
   // Closes the burst, joins the worker and drops queued frames. Returns 0.
   int final();
 
-  // Frames waiting for the worker. Frames the worker has taken are already
-  // merged: it takes and merges each one under the same lock.
+  // Frames waiting for the worker. A frame the worker has taken is merged
+  // before the burst's result is written, even if popFrame comes meanwhile.
   unsigned int getQueuedCount();
   // The frame the merged picture was written into (null until the worker
   // has finished, or when it never took a frame).

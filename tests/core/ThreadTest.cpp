@@ -28,16 +28,21 @@ bool waitFor(const std::function<bool()>& done) {
   return done();
 }
 
-// A runnable that calls `body` and counts its own destruction.
+// A runnable that calls `body` and counts its own destruction, and apart
+// the destructions on the thread that made it.
 struct Call : IRunnable {
-  explicit Call(std::function<void()> body, std::atomic<int>* deaths = nullptr)
-      : body(body), deaths(deaths) {}
+  explicit Call(std::function<void()> body, std::atomic<int>* deaths = nullptr,
+                std::atomic<int>* deathsAtHome = nullptr)
+      : body(body), deaths(deaths), deathsAtHome(deathsAtHome) {}
   ~Call() override {
     if (deaths != nullptr) deaths->fetch_add(1);
+    if (deathsAtHome != nullptr && std::this_thread::get_id() == maker) deathsAtHome->fetch_add(1);
   }
   void run() override { body(); }
   std::function<void()> body;
   std::atomic<int>* deaths;
+  std::atomic<int>* deathsAtHome;
+  const std::thread::id maker = std::this_thread::get_id();
 };
 
 struct CountingThread : Thread {
@@ -66,6 +71,13 @@ TEST(Thread, BodyOrTargetRunsOncePerStart) {
   withTarget.join();
   EXPECT_EQ(hits.load(), 1);
   EXPECT_EQ(withTarget.runs.load(), 0);
+  // The owner of a plain Thread sets the target.
+  Thread plain;
+  plain.target = new Call([&] { hits.fetch_add(1); });
+  EXPECT_EQ(plain.start(), 0);
+  EXPECT_TRUE(waitFor([&] { return plain.hasExited(); }));
+  plain.join();
+  EXPECT_EQ(hits.load(), 2);
 }
 
 TEST(Thread, SleepAndWaitRelativeReturnAtOnce) {
@@ -129,14 +141,18 @@ TEST(ThreadPool, OneWorkerRunsTasksInSubmissionOrderIncludingEarlyOnes) {
 TEST(ThreadPool, FourWorkersRunEachOfTenThousandTasksOnce) {
   constexpr int kTasks = 10000;
   static std::atomic<int> runs[kTasks];
-  std::atomic<int> deaths{0};
+  std::atomic<int> deaths{0}, deathsAtHome{0};
   ThreadPool pool(4);
   pool.start();
-  for (int i = 0; i < kTasks; ++i) pool.submit(new Call([i] { runs[i].fetch_add(1); }, &deaths));
+  for (int i = 0; i < kTasks; ++i)
+    pool.submit(new Call([i] { runs[i].fetch_add(1); }, &deaths, &deathsAtHome));
   pool.shutdown();
   // shutdown returns only once every task has been taken and has finished.
   for (int i = 0; i < kTasks; ++i) ASSERT_EQ(runs[i].load(), 1) << i;
   EXPECT_EQ(deaths.load(), kTasks);
+  // A task whose only count the pool holds is deleted by the worker that ran
+  // it (or by shutdown, here on this thread, but the queue had drained).
+  EXPECT_EQ(deathsAtHome.load(), 0);
 }
 
 TEST(ThreadPool, NullTasksAreTakenAndRunNothing) {

@@ -138,10 +138,11 @@ TEST(ColorConvert, GroupSizeLimits) {
   EXPECT_EQ(color_convert_nv212rgb(src.data(), src.data(), out.data(), 4, 1), 1);
   EXPECT_EQ(out[11], 130);
   EXPECT_EQ(out[12], 0xEE);
-  // The three-plane reader calls three pixels nothing to do.
+  // The three-plane reader calls three pixels, or none, nothing to do.
   out.assign(64, 0xEE);
   EXPECT_EQ(color_convert_yv12oryu122rgb(src.data(), src.data(), src.data(), out.data(), 3, 1), 1);
-  EXPECT_EQ(out[0], 0xEE);
+  EXPECT_EQ(color_convert_yv12oryu122rgb(src.data(), src.data(), src.data(), out.data(), 0, 5), 1);
+  EXPECT_EQ(out, Bytes(64, 0xEE));
   // The NV writers need two rows: 4x1 succeeds without writing, 3x1 fails.
   EXPECT_EQ(color_convert_rgb2nv21(src.data(), out.data(), out.data() + 8, 4, 1), 1);
   EXPECT_EQ(out[0], 0xEE);

@@ -92,6 +92,35 @@ TEST(Image, SizesThatOverflow32BitsAreRefused) {
   EXPECT_EQ(ov_createIntegralImage(&wide), nullptr);
 }
 
+// Reconfiguring may copy from the image's own planes (read before the old
+// buffer goes: ASan checks). configuare with an unknown format keeps the
+// image; set with one drops the buffer but keeps bytesPerPixel.
+TEST(Image, ReconfiguringFromItsOwnPlanes) {
+  const Bytes rgb = ramp(24, 40);
+  unsigned char* src[1] = {const_cast<unsigned char*>(rgb.data())};
+  Image image(4, 2, 1, Image::IMAGE_FORMAT_RGB, src);
+  image.format = Image::IMAGE_FORMAT_GRAY;  // 24 grey pixels from the same bytes
+  image.width = 6;
+  image.height = 4;
+  image.configuare(image.planes);
+  ASSERT_NE(image.planes[0], nullptr);
+  EXPECT_EQ(image.bytesPerPixel, 1);
+  EXPECT_EQ(Bytes(image.planes[0], image.planes[0] + 24), rgb);
+
+  unsigned char* kept = image.planes[0];
+  image.format = static_cast<Image::ImageFormatType>(13);
+  image.configuare(nullptr);
+  EXPECT_EQ(image.planes[0], kept);
+  EXPECT_EQ(image.bytesPerPixel, 1);
+
+  image.set(2, 3, 2, Image::IMAGE_FORMAT_YUYV, image.planes);  // 12 pixels x 2 bytes
+  ASSERT_NE(image.planes[0], nullptr);
+  EXPECT_EQ(Bytes(image.planes[0], image.planes[0] + 24), rgb);
+  image.set(2, 3, 1, Image::IMAGE_FORMAT_NONE, image.planes);
+  for (unsigned char* p : image.planes) EXPECT_EQ(p, nullptr);
+  EXPECT_EQ(image.bytesPerPixel, 2);
+}
+
 // Statistics and the integral image read the first width * height bytes
 // whatever channels and stride say.
 TEST(FlatImage, StatisticsAndIntegralImage) {

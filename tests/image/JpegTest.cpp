@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <random>
+#include <string>
 // clang-format off
 #include <jpeglib.h>
 // clang-format on
@@ -130,6 +132,38 @@ TEST(Jpeg, WriteFailureLogsThroughTheErrorHook) {
       1);
 }
 
+// An encode whose output is a whole number of 1024-byte blocks leaves nothing
+// for the final flush; a file stream answers 0 to that empty write, which
+// must not fail the encode.
+TEST(Jpeg, OutputOfWholeBlocksEncodesToAFile) {
+  Bytes whole;
+  auto_ptr<Image> picture;
+  for (int seed = 0; seed < 64 && whole.empty(); ++seed) {
+    picture = smallPicture();
+    for (unsigned i = 0; i < 32 * 24 * 3; i += 7)
+      picture->planes[0][i] ^= static_cast<unsigned char>(seed * 37);
+    for (int q = 1; q <= 100 && whole.empty(); ++q) {
+      Bytes data = encode(picture, q);
+      if (!data.empty() && data.size() % 1024 == 0) whole = data;
+    }
+  }
+  ASSERT_FALSE(whole.empty());
+  const std::string path = testing::TempDir() + "whole-blocks.jpg";
+  int quality = 1;
+  while (encode(picture, quality) != whole) ++quality;
+  {
+    auto_ptr<Stream> file(new FileStream(path.c_str(), FileStream::FILE_MODE_WRITE));
+    JpegEncoder encoder;
+    EXPECT_EQ(encoder.encode(file, picture, quality), 1);
+  }
+  auto_ptr<Stream> back(new FileStream(path.c_str(), FileStream::FILE_MODE_READ));
+  Bytes written(back->getLength());
+  EXPECT_EQ(back->read(written.data(), static_cast<unsigned>(written.size())),
+            static_cast<int>(whole.size()));
+  EXPECT_EQ(written, whole);
+  std::remove(path.c_str());
+}
+
 // Every prefix of a small file and random byte flips: 0 (or a whole picture),
 // no crash or leak under ASan, and after a failure the caller's image as it was.
 TEST(Jpeg, TruncatedAndCorruptedFilesFailCleanly) {
@@ -156,6 +190,40 @@ TEST(Jpeg, TruncatedAndCorruptedFilesFailCleanly) {
     failures += result == 0;
   }
   EXPECT_GT(failures, 0);  // damaged headers must be caught
+
+  // libjpeg itself reports a stream that ends: inside the header as a call
+  // out of state (20), inside the pixel data as too little data (67).
+  cap.clear();
+  EXPECT_EQ(decode(Bytes(data.begin(), data.begin() + 20), image), 0);
+  EXPECT_EQ(decode(Bytes(data.begin(), data.end() - 60), image), 0);
+  EXPECT_EQ(cap.texts(),
+            (std::vector<std::string>{
+                "jpeg_utils_error_exit,msgcode[20]  msg: Improper call to JPEG library in state 201\n",
+                "jpeg_utils_error_exit,msgcode[67]  msg: Application transferred too few scanlines\n"}));
+}
+
+// The buffer an image gives up is reused by the decoder only when it really
+// fits: the image's fields are the caller's and may no longer describe it
+// (ASan checks the second decode).
+TEST(Jpeg, SpareBufferIsSizedByTheDecoderNotByTheImageFields) {
+  auto_ptr<Image> small = smallPicture();
+  const Bytes data = encode(small, 90);
+  JpegDecoder decoder;
+  auto decodeInto = [&](auto_ptr<Image>& image) {
+    auto_ptr<Stream> stream(new MemoryStream(const_cast<unsigned char*>(data.data()), data.size()));
+    return decoder.decode(stream, image);
+  };
+  auto_ptr<Image> image = makeImage(4, 4, Image::IMAGE_FORMAT_RGB);
+  image->width = 32;  // now claims the 32 x 24 x 3 bytes of the picture
+  image->height = 24;
+  ASSERT_EQ(decodeInto(image), 1);
+  const Bytes first = bytesOf(image->planes[0], 32 * 24 * 3);
+  unsigned char* firstBuffer = image->planes[0];
+  ASSERT_EQ(decodeInto(image), 1);
+  EXPECT_EQ(bytesOf(image->planes[0], first.size()), first);
+  ASSERT_EQ(decodeInto(image), 1);
+  EXPECT_EQ(image->planes[0], firstBuffer);  // a buffer that fits is reused
+  EXPECT_EQ(bytesOf(image->planes[0], first.size()), first);
 }
 
 // A header claiming 65500 x 65500 colour pixels decodes to more bytes than 32

@@ -1,5 +1,6 @@
 // JavaInputStream / JavaOutputStream over real java.io streams.
 #include <gtest/gtest.h>
+#include <jvmti.h>
 
 #include <cstdarg>
 #include <vector>
@@ -44,6 +45,35 @@ jobject closedFileStream(JNIEnv* env, const char* cls) {
 }
 
 Bytes slice(const Bytes& v, size_t from, size_t n) { return Bytes(v.begin() + from, v.begin() + from + n); }
+
+// While it lives, the JNI byte-array region copies throw instead of copying
+// (JVMTI's JNI function-table interception): no real array can make them fail
+// for the streams, which never pass a region beyond their array.
+class ThrowingArrayRegions {
+ public:
+  explicit ThrowingArrayRegions(JNIEnv* env) {
+    JavaVM* vm = nullptr;
+    EXPECT_EQ(JNI_OK, env->GetJavaVM(&vm));
+    EXPECT_EQ(JNI_OK, vm->GetEnv(reinterpret_cast<void**>(&mJvmti), JVMTI_VERSION_1_2));
+    EXPECT_EQ(JVMTI_ERROR_NONE, mJvmti->GetJNIFunctionTable(&mOriginal));
+    mPatched = *mOriginal;
+    mPatched.GetByteArrayRegion = [](JNIEnv* e, jbyteArray, jsize, jsize, jbyte*) { raise(e); };
+    mPatched.SetByteArrayRegion = [](JNIEnv* e, jbyteArray, jsize, jsize, const jbyte*) { raise(e); };
+    EXPECT_EQ(JVMTI_ERROR_NONE, mJvmti->SetJNIFunctionTable(&mPatched));
+  }
+  ~ThrowingArrayRegions() {
+    mJvmti->SetJNIFunctionTable(mOriginal);
+    mJvmti->Deallocate(reinterpret_cast<unsigned char*>(const_cast<jniNativeInterface*>(mOriginal)));
+  }
+
+ private:
+  static void raise(JNIEnv* env) {
+    env->ThrowNew(env->FindClass("java/lang/ArrayIndexOutOfBoundsException"), "test");
+  }
+  jvmtiEnv* mJvmti = nullptr;
+  jniNativeInterface* mOriginal = nullptr;
+  jniNativeInterface mPatched{};
+};
 
 }  // namespace
 
@@ -107,11 +137,29 @@ TEST(JavaStreams, JavaExceptionsBecomeZeroAndALogLine) {
   EXPECT_EQ(0, in.read(buf.data(), 8));
   EXPECT_EQ(Bytes(8, 0x77), buf);
   EXPECT_EQ(0, in.skip(4));
+  EXPECT_EQ(0u, in.getLength());
   JavaOutputStream out(env, closedFileStream(env, "java/io/FileOutputStream"), env->NewByteArray(16));
   EXPECT_EQ(0, out.write(buf.data(), 8));
+  // A buffered stream takes the bytes and fails only when flushed.
+  jobject buffered = newObject(env, "java/io/BufferedOutputStream", "(Ljava/io/OutputStream;)V",
+                               closedFileStream(env, "java/io/FileOutputStream"));
+  JavaOutputStream late(env, buffered, env->NewByteArray(16));
+  EXPECT_EQ(8, late.write(buf.data(), 8));
+  late.flush();
+  {
+    JavaInputStream source(env, byteInput(env, pattern(10)), env->NewByteArray(16));
+    JavaOutputStream sink(env, newObject(env, "java/io/ByteArrayOutputStream", "()V"), env->NewByteArray(16));
+    ThrowingArrayRegions failing(env);
+    EXPECT_EQ(0, source.read(buf.data(), 8));
+    EXPECT_EQ(Bytes(8, 0x77), buf);
+    EXPECT_EQ(0, sink.write(buf.data(), 8));
+  }
   EXPECT_FALSE(env->ExceptionCheck());
-  for (const char* line : {"---- read threw an exception\n", "------- skip threw an exception\n",
-                           "------- write threw an exception\n"})
+  for (const char* line :
+       {"---- read threw an exception\n", "------- skip threw an exception\n",
+        "------- Available threw an exception\n", "------- write threw an exception\n",
+        "------- flush threw an exception\n", "---- read:GetByteArrayRegion threw an exception\n",
+        "--- write:SetByteArrayElements threw an exception\n"})
     EXPECT_EQ(1, cap.count(line)) << line;
   // Without a transfer array nothing can be read.
   JavaInputStream noArray(env, byteInput(env, pattern(10)), nullptr);

@@ -46,7 +46,7 @@ TEST(PanoramaModule, RefusalsAndTheirResultCodes) {
   EXPECT_EQ(1, cap.countPrefix("PanoramaModule::startup width:0, height:480, format:3, onErrorCb:0x"));
 
   ASSERT_EQ(0, m.startup(W, H, 3, nullptr));
-  EXPECT_EQ(4, m.startup(W, H, 3, nullptr));  // already running
+  EXPECT_EQ(0, m.startup(W, H, 3, nullptr));  // while running: a new run
   int ox = 777, oy = 777;
   EXPECT_EQ(3, m.pushFrame(nullptr, 1.0f, 1.0f, ox, oy));
   EXPECT_EQ(0.0f, m.getRefGyroX());  // a missing buffer sets no reference
@@ -81,6 +81,11 @@ TEST(PanoramaModule, ReferenceOnceDirectionPerRunAndOffsetsOfRefusedFrames) {
   EXPECT_EQ(0, m.getDirection());
   EXPECT_EQ(-60, pushDiff(m, frame, -4, 0).offsetY);
   EXPECT_EQ(4, m.getDirection());
+  // Started again without a close: a new run all the same.
+  ASSERT_EQ(0, m.startup(W, H, 1, nullptr));
+  EXPECT_EQ(0, m.getDirection());
+  EXPECT_EQ(0, pushDiff(m, frame, 3, 0).result);
+  EXPECT_EQ(3, m.getDirection());
   EXPECT_EQ(0, m.close());
 }
 

@@ -24,8 +24,8 @@ struct DeferredCapture : SuperCapture {
 
 SuperCapture* of(intptr_t handle) { return reinterpret_cast<SuperCapture*>(handle); }
 
-// Frames the worker has taken are merged (it takes and merges under one
-// lock), so an empty queue means every pushed frame is in the merge.
+// A frame the worker has taken is merged before the result is written, so an
+// empty queue means every pushed frame is in the merge.
 bool waitUntilTaken(SuperCapture* c) {
   auto t0 = std::chrono::steady_clock::now();
   while (c->getQueuedCount() != 0) {
