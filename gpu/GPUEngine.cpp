@@ -31,6 +31,16 @@ bool initialiseDisplay(EGLDisplay display, int* renderableType) {
   return ok;
 }
 
+// GPUUtils::checkEGLError(op, 1), returning the first error it read
+// (EGL_SUCCESS when there was none).
+EGLint drainEGLErrors(const char* op) {
+  EGLint first = eglGetError();
+  for (EGLint error = first; error != EGL_SUCCESS; error = eglGetError()) {
+    OV_LOGD("after %s() eglError (0x%x)\n", op, error);
+  }
+  return first;
+}
+
 }  // namespace
 
 GPUEngine::GPUEngine(ANativeWindow* window, unsigned width, unsigned height)
@@ -114,11 +124,9 @@ bool GPUEngine::setup() {
 
   EGLSurface surf = EGL_NO_SURFACE;
   if (gc->window != nullptr) {
-    // A window the platform refuses (released, abandoned) is not handed to
-    // EGL: drivers may crash on a dead native window instead of failing.
-    if (ANativeWindow_setBuffersGeometry(gc->window, 0, 0, visual) >= 0) {
-      surf = eglCreateWindowSurface(dpy, config, (EGLNativeWindowType)(gc->window), nullptr);
-    }
+    // Its result does not decide anything: EGL judges the window itself.
+    ANativeWindow_setBuffersGeometry(gc->window, 0, 0, visual);
+    surf = eglCreateWindowSurface(dpy, config, (EGLNativeWindowType)(gc->window), nullptr);
   } else {
     surf = eglCreatePbufferSurface(dpy, config, pbufferAttribs);
   }
@@ -129,9 +137,11 @@ bool GPUEngine::setup() {
   }
 
   EGLContext ctx = eglCreateContext(dpy, config, EGL_NO_CONTEXT, contextAttribs);
-  GPUUtils::checkEGLError("eglCreateContext", 1);
+  // Read once: the drain logs it, and the failure line reports the same code
+  // rather than the EGL_SUCCESS a second eglGetError would give.
+  EGLint contextError = drainEGLErrors("eglCreateContext");
   if (ctx == EGL_NO_CONTEXT) {
-    OV_LOGD("eglCreateContext error:%d\n", eglGetError());
+    OV_LOGD("eglCreateContext error:%d\n", contextError);
     releasePartial(dpy, surf, EGL_NO_CONTEXT);
     return false;
   }
