@@ -46,6 +46,14 @@ TEST(FilterParameters, SquaresClampsAndZoom) {
   EXPECT_FLOAT_EQ(d.mRadius, 0.2f);
   set(e, "mCentery", 1.5f);
   EXPECT_FLOAT_EQ(e.mCentery, 1.0f);
+  ImageFilterMirrorGL m;
+  for (float v : {-0.5f, 1.5f, 0.25f}) {
+    set(m, "mCenterx", v);
+    set(m, "mCentery", v);
+    float want = v < 0 ? 0.0f : v > 1 ? 1.0f : v;
+    EXPECT_FLOAT_EQ(m.mCenterx, want) << v;
+    EXPECT_FLOAT_EQ(m.mCentery, want) << v;
+  }
   for (float s : {-0.001f, 0.0f, 2.5f}) {
     set(e, "mStrength", s);
     EXPECT_FLOAT_EQ(e.mZoom, s < 0 ? 0.0f : 1.0f) << s;
