@@ -281,6 +281,20 @@ class FiltersRenderTest {
     assertEquals(1, logCount(P + "nativeSetParametersBitmap 2   pImageFilterBaseGL:" + ptr(handle) + "\n"));
   }
 
+  /** A GL view's callbacks on a thread with no EGL context: a handle that draws nothing. */
+  @Test
+  void surfaceCreatedWithoutAContext() throws InterruptedException {
+    long[] view = new long[1];
+    Thread gl = new Thread(() -> {
+      view[0] = r.nativeOnSurfaceCreated("ImageFilterXray", 0);
+      r.nativeOnDrawFrame(view[0]);
+      r.nativeOnSurfaceDestroyed(view[0]);
+    });
+    gl.start();
+    gl.join();
+    assertNotEquals(0, view[0]);
+  }
+
   /** The preview calls, in the context nativeCreate made current on this thread. */
   @Test
   void previewCallsAndHandleZero() {
