@@ -142,6 +142,10 @@ TEST_F(FilterSurface, FilterOnAWindowReachesTheScreen) {
       f->setBitmap(in.pixels.data(), w, h);
       f->render();
       engine->flush();
+      // Mesa's X11 swap sends the picture without waiting; a surface query
+      // waits for a reply on the same connection, so the screenshot follows it.
+      EGLint shown = 0;
+      eglQuerySurface(engine->getDisplay(), engine->getSurface(), EGL_WIDTH, &shown);
     }
     std::vector<uint8_t> screen(size_t(w) * h * 4);
     ASSERT_EQ(ANativeWindowHost_readPixels(window, screen.data(), static_cast<int64_t>(screen.size())), 0);

@@ -97,6 +97,7 @@ TEST_F(GPUEngineTest, WindowSurfaceDrawsToTheScreen) {
       glClear(GL_COLOR_BUFFER_BIT);
     }
     engine->flush();
+    waitForScreen(engine.get());
     Pixels shot(static_cast<size_t>(w) * h * 4);
     ASSERT_EQ(ANativeWindowHost_readPixels(window, shot.data(), static_cast<int64_t>(shot.size())), 0);
     const unsigned char blue[4] = {0, 0, 255, 255}, yellow[4] = {255, 255, 0, 255};
