@@ -61,7 +61,7 @@ bool stillPicture(const char* name, std::vector<uint8_t>& pixels, int w, int h, 
     delete f;
     return false;
   }
-  if (fromBinary != nullptr) *fromBinary = f->program != nullptr && f->program->isFromBinary();
+  if (fromBinary != nullptr) *fromBinary = f->program->isFromBinary();
   f->process(pixels.data(), w, h);
   delete f;
   return true;
