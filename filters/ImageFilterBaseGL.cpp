@@ -22,9 +22,10 @@ const char kOesSuffix[] = "_oes";
 const int kRgba = 4;
 const int kExternal = 5;
 
-// RGBA byte count of a picture, or -1 when it is empty or does not fit an int.
+// RGBA byte count of a picture, or -1 when a side is negative or the count
+// does not fit an int.
 int64_t rgbaBytes(int width, int height) {
-  if (width <= 0 || height <= 0) return -1;
+  if (width < 0 || height < 0) return -1;
   int64_t bytes = static_cast<int64_t>(width) * height * 4;
   return bytes > INT_MAX ? -1 : bytes;
 }
@@ -77,8 +78,9 @@ bool ImageFilterBaseGL::setupGraphics(unsigned m) {
   mGPUContext->display = eglGetCurrentDisplay();
   mGPUContext->surface = eglGetCurrentSurface(EGL_DRAW);
   mGPUContext->context = eglGetCurrentContext();
-  // Without a current context no GL object can be made on this thread.
-  if (mGPUContext->display == EGL_NO_DISPLAY || mGPUContext->context == EGL_NO_CONTEXT) return false;
+  // Without a current context no GL object can be made: the filter keeps no
+  // program, so render and process draw nothing.
+  bool current = mGPUContext->display != EGL_NO_DISPLAY && mGPUContext->context != EGL_NO_CONTEXT;
 
   const char* body = getFragmentShader();
   const char* header = getFragmentHeader(m);
@@ -98,29 +100,36 @@ bool ImageFilterBaseGL::setupGraphics(unsigned m) {
   mode = m;
 
   auto_ptr<GPUScript> script;
+  program = nullptr;
+  framebuffer = nullptr;
   if (m != 0) {
-    script = new GPUScript(mGPUContext, name);
-    script->addSource("VertexShader", getVertexShader());
-    script->addSource("FragmentShader", text);
-    framebuffer = new GPUFramebuffer(mGPUContext);
+    if (current) {
+      script = new GPUScript(mGPUContext, name);
+      script->addSource("VertexShader", getVertexShader());
+      script->addSource("FragmentShader", text);
+      framebuffer = new GPUFramebuffer(mGPUContext);
+    }
   } else {
     OV_LOGD("ImageFilterBaseGL::setupGraphics  1  1 this:%p", this);
     strcat(name, kOesSuffix);
     OV_LOGD("ImageFilterBaseGL::setupGraphics  1  2 this:%p", this);
-    script = new GPUScript(mGPUContext, name);
-    script->addSource("VertexShader", getVertexShader());
-    script->addSource("FragmentShaderOES", text);
+    if (current) {
+      script = new GPUScript(mGPUContext, name);
+      script->addSource("VertexShader", getVertexShader());
+      script->addSource("FragmentShaderOES", text);
+    }
     // An external texture is drawn straight to the bound surface.
-    framebuffer = nullptr;
     OV_LOGD("ImageFilterBaseGL::setupGraphics  1  5 this:%p", this);
   }
   galloc_free(text);
 
   // The filter cache fills itself on first use and heals itself when the
   // driver no longer accepts a stored binary.
-  program =
-      new GPUProgram(mGPUContext, script,
-                     GPUScript::OPTION_RECOMPILE_REJECTED_BINARY | GPUScript::OPTION_STORE_COMPILED_BINARY);
+  if (script != nullptr) {
+    program =
+        new GPUProgram(mGPUContext, script,
+                       GPUScript::OPTION_RECOMPILE_REJECTED_BINARY | GPUScript::OPTION_STORE_COMPILED_BINARY);
+  }
   OV_LOGD("ImageFilterBaseGL::setupGraphics  4 this:%p", this);
   // Dropping the last script reference writes its binary to the cache.
   script = nullptr;
@@ -151,12 +160,11 @@ void ImageFilterBaseGL::setParameters(const char* name, void* value) {
   }
 }
 
+// The GPU images refuse sizes GL cannot take on their own (negative, or more
+// bytes than fit 32 bits), so nothing here is refused: an empty texture is
+// wrapped and drawn like any other.
 void ImageFilterBaseGL::setTexture(int texture, int textureWidth, int textureHeight, int viewWidth,
                                    int viewHeight) {
-  if (mGPUContext == nullptr || rgbaBytes(textureWidth, textureHeight) < 0 || viewWidth < 0 ||
-      viewHeight < 0) {
-    return;
-  }
   int format = mode != 0 ? kRgba : kExternal;
   if (input == nullptr) {
     input = new GPUImage2D(mGPUContext, static_cast<unsigned>(texture), textureWidth, textureHeight, format,
@@ -170,7 +178,6 @@ void ImageFilterBaseGL::setTexture(int texture, int textureWidth, int textureHei
 }
 
 void ImageFilterBaseGL::setBitmap(unsigned char* pixels, int w, int h) {
-  if (mGPUContext == nullptr || pixels == nullptr || rgbaBytes(w, h) < 0) return;
   if (input == nullptr) {
     input = new GPUImage2D(mGPUContext, w, h, kRgba, pixels);
   } else {
@@ -197,8 +204,10 @@ void ImageFilterBaseGL::render() {
 }
 
 void ImageFilterBaseGL::process(unsigned char* pixels, int w, int h) {
+  // The result is read back into pixels by this count: one that does not fit
+  // an int could not be checked against the output's size.
   int64_t bytes = rgbaBytes(w, h);
-  if (pixels == nullptr || bytes < 0 || mGPUContext == nullptr) return;
+  if (bytes < 0) return;
   width = w;
   height = h;
   if (output == nullptr) {

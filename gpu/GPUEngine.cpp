@@ -10,30 +10,35 @@
 namespace {
 
 // EGL displays are per process: eglGetDisplay(EGL_DEFAULT_DISPLAY) hands every
-// engine the same one, and eglTerminate would tear down the surfaces and
-// contexts of every other live engine with it. Engines that set the display
-// up count themselves here and only the last one terminates it. The lock
-// keeps one thread's final eglTerminate from landing between another
-// thread's eglInitialize and its count.
+// engine the same one. Once initialised it stays initialised for the life of
+// the process; engines never terminate it. eglTerminate would tear down the
+// surfaces and contexts of every other live engine, and each terminate /
+// initialise cycle drops and reopens the platform connection: on X11 that
+// closes Mesa's connection, an X server left with no client resets, and the
+// next eglInitialize, arriving during the reset, fails. A still-picture
+// caller creating and destroying one filter at a time would see creation fail
+// now and then. The lock keeps the renderable-type query from reading the
+// extension string while another thread's eglInitialize writes it.
 pthread_mutex_t gDisplayLock = PTHREAD_MUTEX_INITIALIZER;
-int gDisplayUsers = 0;
 
-// The renderable type is asked before eglInitialize (so a display nobody
-// has initialised yet has no extension string and gets the ES2 bit); both run
-// under the lock because another thread's eglInitialize rewrites that string.
-bool initialiseCounted(EGLDisplay display, int* renderableType) {
+// The renderable type is asked before eglInitialize, so the first engine of a
+// process, which finds the display uninitialised, asks for the ES2 bit.
+bool initialiseDisplay(EGLDisplay display, int* renderableType) {
   pthread_mutex_lock(&gDisplayLock);
   *renderableType = GPUUtils::getContextRenderableType(display);
   bool ok = eglInitialize(display, nullptr, nullptr) == EGL_TRUE;
-  if (ok) ++gDisplayUsers;
   pthread_mutex_unlock(&gDisplayLock);
   return ok;
 }
 
-void terminateIfLast(EGLDisplay display) {
-  pthread_mutex_lock(&gDisplayLock);
-  if (gDisplayUsers > 0 && --gDisplayUsers == 0) eglTerminate(display);
-  pthread_mutex_unlock(&gDisplayLock);
+// GPUUtils::checkEGLError(op, 1), returning the first error it read
+// (EGL_SUCCESS when there was none).
+EGLint drainEGLErrors(const char* op) {
+  EGLint first = eglGetError();
+  for (EGLint error = first; error != EGL_SUCCESS; error = eglGetError()) {
+    OV_LOGD("after %s() eglError (0x%x)\n", op, error);
+  }
+  return first;
 }
 
 }  // namespace
@@ -47,10 +52,9 @@ GPUEngine::GPUEngine(ANativeWindow* window, unsigned width, unsigned height)
 
 GPUEngine::~GPUEngine() {}
 
-void GPUEngine::releasePartial(EGLDisplay dpy, EGLSurface surf, EGLContext ctx, bool initialised) {
+void GPUEngine::releasePartial(EGLDisplay dpy, EGLSurface surf, EGLContext ctx) {
   if (ctx != EGL_NO_CONTEXT) eglDestroyContext(dpy, ctx);
   if (surf != EGL_NO_SURFACE) eglDestroySurface(dpy, surf);
-  if (initialised) terminateIfLast(dpy);
 }
 
 bool GPUEngine::setup() {
@@ -71,7 +75,7 @@ bool GPUEngine::setup() {
   }
 
   int renderableType = 0;
-  bool initialised = initialiseCounted(dpy, &renderableType);
+  bool initialised = initialiseDisplay(dpy, &renderableType);
   const EGLint configAttribs[] = {EGL_SURFACE_TYPE,
                                   EGL_WINDOW_BIT | EGL_PBUFFER_BIT,
                                   EGL_RENDERABLE_TYPE,
@@ -100,7 +104,7 @@ bool GPUEngine::setup() {
   EGLint count = 0;
   if (eglGetConfigs(dpy, nullptr, 0, &count) != EGL_TRUE) {
     OV_LOGD("eglGetConfig fail\n");
-    releasePartial(dpy, EGL_NO_SURFACE, EGL_NO_CONTEXT, true);
+    releasePartial(dpy, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     return false;
   }
   EGLConfig config = nullptr;
@@ -108,37 +112,37 @@ bool GPUEngine::setup() {
   // A request nothing matches "succeeds" with no config: treat it as failure.
   if (eglChooseConfig(dpy, configAttribs, &config, 1, &count) != EGL_TRUE || count < 1) {
     OV_LOGD("eglChooseConfig fail\n");
-    releasePartial(dpy, EGL_NO_SURFACE, EGL_NO_CONTEXT, true);
+    releasePartial(dpy, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     return false;
   }
   EGLint visual = 0;
   if (eglGetConfigAttrib(dpy, config, EGL_NATIVE_VISUAL_ID, &visual) != EGL_TRUE) {
     OV_LOGD("eglGetConfigAttrib fail\n");
-    releasePartial(dpy, EGL_NO_SURFACE, EGL_NO_CONTEXT, true);
+    releasePartial(dpy, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     return false;
   }
 
   EGLSurface surf = EGL_NO_SURFACE;
   if (gc->window != nullptr) {
-    // A window the platform refuses (released, abandoned) is not handed to
-    // EGL: drivers may crash on a dead native window instead of failing.
-    if (ANativeWindow_setBuffersGeometry(gc->window, 0, 0, visual) >= 0) {
-      surf = eglCreateWindowSurface(dpy, config, (EGLNativeWindowType)(gc->window), nullptr);
-    }
+    // Its result does not decide anything: EGL judges the window itself.
+    ANativeWindow_setBuffersGeometry(gc->window, 0, 0, visual);
+    surf = eglCreateWindowSurface(dpy, config, (EGLNativeWindowType)(gc->window), nullptr);
   } else {
     surf = eglCreatePbufferSurface(dpy, config, pbufferAttribs);
   }
   if (surf == EGL_NO_SURFACE) {
     OV_LOGD("eglCreatePbufferSurface error %d\n", eglGetError());
-    releasePartial(dpy, EGL_NO_SURFACE, EGL_NO_CONTEXT, true);
+    releasePartial(dpy, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     return false;
   }
 
   EGLContext ctx = eglCreateContext(dpy, config, EGL_NO_CONTEXT, contextAttribs);
-  GPUUtils::checkEGLError("eglCreateContext", 1);
+  // Read once: the drain logs it, and the failure line reports the same code
+  // rather than the EGL_SUCCESS a second eglGetError would give.
+  EGLint contextError = drainEGLErrors("eglCreateContext");
   if (ctx == EGL_NO_CONTEXT) {
-    OV_LOGD("eglCreateContext error:%d\n", eglGetError());
-    releasePartial(dpy, surf, EGL_NO_CONTEXT, true);
+    OV_LOGD("eglCreateContext error:%d\n", contextError);
+    releasePartial(dpy, surf, EGL_NO_CONTEXT);
     return false;
   }
 
@@ -181,11 +185,8 @@ void GPUEngine::destroy() {
   eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
   eglDestroySurface(display, surface);
   eglDestroyContext(display, context);
-  if (mOwnsDisplay) {
-    terminateIfLast(display);
-  } else {
-    eglTerminate(display);
-  }
+  // Borrowed state is torn down as it is; a display we initialised stays up.
+  if (!mOwnsDisplay) eglTerminate(display);
   GPUContext* gc = mGPUContext.get();
   if (gc != nullptr) {
     gc->display = EGL_NO_DISPLAY;

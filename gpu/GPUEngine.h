@@ -41,7 +41,7 @@ class OV_EXPORT GPUEngine : public RefBase {
 
  private:
   // Releases whatever a failed setup created.
-  void releasePartial(EGLDisplay dpy, EGLSurface surf, EGLContext ctx, bool initialised);
+  void releasePartial(EGLDisplay dpy, EGLSurface surf, EGLContext ctx);
 
   auto_ptr<GPUContext> mGPUContext;
   EGLDisplay display;

@@ -1,9 +1,13 @@
 #include "gpu/GPUScript.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstring>
 #include <new>
 
+#include "core/Atomic.h"
 #include "core/Memory.h"
 #include "core/Stream.h"
 
@@ -31,6 +35,43 @@ char* cachePath(const char* name) {
   if (path == nullptr) return nullptr;
   snprintf(path, length, "%s%s.osb", dir, name);
   return path;
+}
+
+// Each temporary file gets a name of its own: the process id tells processes
+// apart, the counter threads and scripts within one.
+int gTemporaryCount = 0;
+
+// "<path>.<pid>.<n>.tmp" in the same folder as path (rename only moves a file
+// atomically within one file system), in a galloc_malloc block; null on
+// failure.
+char* temporaryPath(const char* path) {
+  size_t length = strlen(path) + 48;
+  if (length > 0xFFFFFFFFu) return nullptr;
+  char* tmp = static_cast<char*>(galloc_malloc(static_cast<unsigned>(length)));
+  if (tmp == nullptr) return nullptr;
+  snprintf(tmp, length, "%s.%ld.%d.tmp", path, static_cast<long>(getpid()), atomic_inc32(&gTemporaryCount));
+  return tmp;
+}
+
+// Writes the format word and the binary to a new file; false if any byte did
+// not reach it.
+bool writeCacheFile(const char* path, unsigned format, void* binary, int length) {
+  FileStream* file = new (std::nothrow) FileStream(path, FileStream::FILE_MODE_WRITE);
+  if (file == nullptr) return false;
+  auto_ptr<Stream> fileRef(file);
+  if (!file->isOpen()) return false;
+  StreamWriter* writer = new (std::nothrow) StreamWriter(fileRef);
+  bool ok = false;
+  if (writer != nullptr) {
+    auto_ptr<Stream> writerRef(writer);
+    ok = writer->writeInt(static_cast<int>(format)) == 1 &&
+         writer->write(binary, static_cast<unsigned>(length)) == length;
+    writer->flush();
+  }
+  file->close();
+  // Buffered bytes that fclose could not write out (a full disk) show here.
+  struct stat written;
+  return ok && stat(path, &written) == 0 && written.st_size == static_cast<off_t>(length) + 4;
 }
 
 // A zero-filled copy of length + extra bytes, or null.
@@ -108,6 +149,32 @@ GPUScript::~GPUScript() {
   dropScriptBinary();
 }
 
+bool GPUScript::readCache(Stream* stream, unsigned* format, void** binary, int* length) {
+  if (format == nullptr || binary == nullptr || length == nullptr) return false;
+  *format = 0;
+  *binary = nullptr;
+  *length = 0;
+  if (stream == nullptr) return false;
+  unsigned total = stream->getLength();
+  // A file of 4 bytes or fewer holds no binary (at most the format word).
+  if (total <= 4 || total - 4 > 0x7FFFFFFFu) return false;
+  int size = static_cast<int>(total - 4);
+  void* buffer = galloc_malloc(static_cast<unsigned>(size));
+  if (buffer == nullptr) return false;
+  // The word as StreamReader::readInt reads it; missing bytes stay 0.
+  unsigned word = 0;
+  stream->read(&word, sizeof(word));
+  // A file cut short after its length was taken is discarded whole.
+  if (stream->read(buffer, static_cast<unsigned>(size)) != size) {
+    galloc_free(buffer);
+    return false;
+  }
+  *format = word;
+  *binary = buffer;
+  *length = size;
+  return true;
+}
+
 void GPUScript::loadCache() {
   char* path = cachePath(name);
   if (path == nullptr) return;
@@ -115,30 +182,7 @@ void GPUScript::loadCache() {
   galloc_free(path);
   if (file == nullptr) return;
   auto_ptr<Stream> fileRef(file);
-  StreamReader* reader = new (std::nothrow) StreamReader(fileRef);
-  if (reader == nullptr) {
-    file->close();
-    return;
-  }
-  auto_ptr<Stream> readerRef(reader);
-  unsigned length = reader->getLength();
-  // A file of 4 bytes or fewer holds no binary (at most the format word).
-  if (length > 4 && length - 4 <= 0x7FFFFFFFu) {
-    int size = static_cast<int>(length - 4);
-    void* buffer = galloc_malloc(static_cast<unsigned>(size));
-    if (buffer != nullptr) {
-      unsigned format = static_cast<unsigned>(reader->readInt());
-      int got = reader->read(buffer, static_cast<unsigned>(size));
-      if (got == size) {
-        binaryFormat = format;
-        binary = buffer;
-        binaryLength = size;
-      } else {
-        galloc_free(buffer);
-      }
-    }
-  }
-  reader->close();
+  readCache(file, &binaryFormat, &binary, &binaryLength);
   file->close();
 }
 
@@ -192,23 +236,15 @@ void GPUScript::dropScriptBinary() {
 
 void GPUScript::clear() {
   if (name != nullptr && binary != nullptr && binaryLength > 0) {
+    // Written aside and renamed into place, so that other processes and
+    // scripts sharing the folder only ever see a whole file, old or new.
     char* path = cachePath(name);
-    if (path != nullptr) {
-      FileStream* file = new (std::nothrow) FileStream(path, FileStream::FILE_MODE_WRITE);
-      galloc_free(path);
-      if (file != nullptr) {
-        auto_ptr<Stream> fileRef(file);
-        StreamWriter* writer = new (std::nothrow) StreamWriter(fileRef);
-        if (writer != nullptr) {
-          auto_ptr<Stream> writerRef(writer);
-          writer->writeInt(static_cast<int>(binaryFormat));
-          writer->write(binary, static_cast<unsigned>(binaryLength));
-          writer->flush();
-          writer->close();
-        }
-        file->close();
-      }
+    char* tmp = path != nullptr ? temporaryPath(path) : nullptr;
+    if (tmp != nullptr) {
+      if (!writeCacheFile(tmp, binaryFormat, binary, binaryLength) || rename(tmp, path) != 0) unlink(tmp);
     }
+    galloc_free(tmp);
+    galloc_free(path);
   }
   sources.clear();
 }

@@ -4,6 +4,7 @@
 
 #include "core/Export.h"
 #include "core/RefBase.h"
+#include "core/Stream.h"
 #include "gpu/GPUContext.h"
 #include "gpu/GPUScriptSource.h"
 
@@ -62,6 +63,13 @@ class OV_EXPORT GPUScript : public RefBase {
   // before any script is made. Android builds ignore it.
   static void setCacheDirectory(const char* directory);
   static const char* getCacheDirectory();
+
+  // Parses the contents of a cache file: a 32-bit format word, then the
+  // program binary (the rest of the stream). On success *binary is a
+  // galloc_malloc block the caller owns. False, with the outputs zeroed, for a
+  // stream of 4 bytes or fewer or one that ends early. Needs no GL context;
+  // takes no reference on the stream (a MemoryStream on the stack will do).
+  static bool readCache(Stream* stream, unsigned* format, void** binary, int* length);
 
  private:
   void loadCache();

@@ -90,6 +90,13 @@ void passElements(ImageFilterBaseGL* filter, const char* name, JNIEnv* env, jarr
     if (elements != nullptr) env->Releaser(values, elements, 0);                                             \
   }
 
+// Local stand-in for the shared size check: true when width x height RGBA
+// pixels, counted in 64 bits, fit the int byte counts the filters take.
+// (Each side is bounded first, so the product cannot wrap.)
+bool rgbaBytesFitInt(uint64_t width, uint64_t height) {
+  return width <= INT32_MAX && height <= INT32_MAX && width * height <= INT32_MAX / 4;
+}
+
 // Only tightly packed RGBA 8888 pixels match what the filters assume.
 bool isPackedRgba(const AndroidBitmapInfo& info) {
   return info.format == ANDROID_BITMAP_FORMAT_RGBA_8888 &&
@@ -123,7 +130,7 @@ OV_EXPORT jint JNICALL FR_NAME(nativeProcess)(JNIEnv* env, jobject, jlong handle
   if (AndroidBitmap_lockPixels(env, bitmap, &pixels) != ANDROID_BITMAP_RESULT_SUCCESS) return 0;
   ImageFilterBaseGL* filter = toFilter(handle);
   if (filter != nullptr && pixels != nullptr && info.width != 0 && info.height != 0 && isPackedRgba(info) &&
-      info.width <= INT32_MAX && info.height <= INT32_MAX) {
+      rgbaBytesFitInt(info.width, info.height)) {
     filter->process(static_cast<unsigned char*>(pixels), static_cast<int>(info.width),
                     static_cast<int>(info.height));
   }
@@ -166,7 +173,8 @@ OV_EXPORT void JNICALL FR_NAME(nativeSetBitmap)(JNIEnv* env, jobject, jlong hand
   // The Java sizes are used, but never beyond the pixels the bitmap holds.
   bool fits = width >= 1 && height >= 1 &&
               static_cast<uint64_t>(width) * static_cast<uint64_t>(height) * 4 <=
-                  static_cast<uint64_t>(info.stride) * info.height;
+                  static_cast<uint64_t>(info.stride) * info.height &&
+              rgbaBytesFitInt(static_cast<uint64_t>(width), static_cast<uint64_t>(height));
   if (filter != nullptr && pixels != nullptr && fits) {
     filter->setBitmap(static_cast<unsigned char*>(pixels), width, height);
   }
@@ -229,7 +237,7 @@ OV_EXPORT void JNICALL FR_NAME(nativeSetParametersBitmap)(JNIEnv* env, jobject, 
   }
   void* pixels = nullptr;
   if (AndroidBitmap_lockPixels(env, bitmap, &pixels) != ANDROID_BITMAP_RESULT_SUCCESS) return;
-  if (!isPackedRgba(info) || info.width > INT32_MAX / 4 || info.height > INT32_MAX) {
+  if (!isPackedRgba(info) || !rgbaBytesFitInt(info.width, info.height)) {
     AndroidBitmap_unlockPixels(env, bitmap);
     return;
   }

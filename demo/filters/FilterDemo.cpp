@@ -1,6 +1,8 @@
 // Runs the sample photograph through every filter off screen and writes a
 // labelled contact sheet: demo-filters <output folder>. Reads
 // $OV_SAMPLES/coffee.jpg.
+#include <dlfcn.h>
+
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -13,6 +15,19 @@
 #include "support/SamplePhoto.h"
 
 namespace {
+
+// On a host X server started without -noreset, the server resets whenever its
+// last client leaves and refuses connections meanwhile, and Mesa's first
+// eglInitialize may close and reopen its connection while probing drivers. A
+// connection held for the whole run keeps the server from resetting. (libX11
+// is looked up at run time: Android has none.)
+void holdWindowSystem() {
+  void* x11 = dlopen("libX11.so.6", RTLD_LAZY);
+  if (x11 == nullptr) return;
+  using OpenDisplay = void* (*)(const char*);
+  auto open = reinterpret_cast<OpenDisplay>(dlsym(x11, "XOpenDisplay"));
+  if (open != nullptr) open(nullptr);  // kept until the process exits
+}
 
 // --- a 5 x 7 bitmap font for the labels ----------------------------------
 
@@ -125,6 +140,7 @@ bool runFilter(const char* name, const std::vector<uint8_t>& in, int w, int h, f
 }  // namespace
 
 int main(int argc, char** argv) {
+  holdWindowSystem();
   std::string out;
   demo::RgbPhoto sample;
   if (int failed = demo::startSampleDemo(argc, argv, "coffee.jpg", &out, &sample)) return failed;

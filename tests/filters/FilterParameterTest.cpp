@@ -2,7 +2,11 @@
 // The render tests make every filter through the factory.
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstring>
+
 #include "filters/ImageFilters.h"
+#include "support/LogCapture.h"
 
 namespace {
 
@@ -46,9 +50,40 @@ TEST(FilterParameters, SquaresClampsAndZoom) {
   EXPECT_FLOAT_EQ(d.mRadius, 0.2f);
   set(e, "mCentery", 1.5f);
   EXPECT_FLOAT_EQ(e.mCentery, 1.0f);
+  ImageFilterMirrorGL m;
+  for (float v : {-0.5f, 1.5f, 0.25f}) {
+    set(m, "mCenterx", v);
+    set(m, "mCentery", v);
+    float want = v < 0 ? 0.0f : v > 1 ? 1.0f : v;
+    EXPECT_FLOAT_EQ(m.mCenterx, want) << v;
+    EXPECT_FLOAT_EQ(m.mCentery, want) << v;
+  }
   for (float s : {-0.001f, 0.0f, 2.5f}) {
     set(e, "mStrength", s);
     EXPECT_FLOAT_EQ(e.mZoom, s < 0 ? 0.0f : 1.0f) << s;
     EXPECT_FLOAT_EQ(e.mStrength, s);
+  }
+}
+
+// No EGL context is current here: setupGraphics still answers what
+// initParameters answers and logs its steps, but makes no program, so drawing
+// does nothing.
+TEST(FilterParameters, SetupWithoutAContextKeepsTheFilterInert) {
+  for (unsigned mode : {1u, 0u}) {
+    LogCapture cap;
+    auto_ptr<ImageFilterBaseGL> f = make("ImageFilterTable");
+    EXPECT_TRUE(f->setupGraphics(mode));
+    EXPECT_EQ(f->program, nullptr);
+    char line[96];
+    for (const char* step : {"1", "4"}) {
+      snprintf(line, sizeof(line), "ImageFilterBaseGL::setupGraphics  %s this:%p", step,
+               static_cast<void*>(f.get()));
+      EXPECT_EQ(cap.count(line), 1) << line;
+    }
+    unsigned char px[16];
+    memset(px, 9, sizeof(px));
+    f->process(px, 2, 2);
+    f->render();
+    for (unsigned char v : px) EXPECT_EQ(v, 9);
   }
 }

@@ -212,7 +212,7 @@ TEST_F(FilterRender, ProcessRefusesWhatItCannotServe) {
   f->process(one, 1, 1);
   const uint8_t expected[8] = {235, 235, 235, 255, 0xee, 0xee, 0xee, 0xee};
   EXPECT_EQ(memcmp(one, expected, 8), 0);
-  // Empty, negative and oversized pictures and a null buffer are refused untouched.
+  // Empty, negative and oversized pictures and a null buffer leave it untouched.
   uint8_t keep[16];
   memset(keep, 0x42, sizeof(keep));
   f->process(keep, 0, 2);
@@ -240,6 +240,11 @@ TEST_F(FilterRender, ProgramCacheFillsOnFirstUseAndHealsAForeignFile) {
   fwrite(junk, 1, sizeof(junk), fp);
   fclose(fp);
   Picture in = gradient(32, 32);
+  EXPECT_MATCHES(model::render(32, 32, model::mirror(in, 1.0, 0.5)), run("ImageFilterMirror", in),
+                 kInterpolatedTolerance);
+  EXPECT_TRUE(fromBinary());
+  // So is a real file cut short.
+  ASSERT_EQ(truncate(file.c_str(), 64), 0);
   EXPECT_MATCHES(model::render(32, 32, model::mirror(in, 1.0, 0.5)), run("ImageFilterMirror", in),
                  kInterpolatedTolerance);
   EXPECT_TRUE(fromBinary());

@@ -108,6 +108,17 @@ TEST_F(FilterSurface, ExternalTextureDrawsIntoTheCallersFramebuffer) {
     f->setTexture(static_cast<int>(camera.texture), 32, 32, 40, 24);
     f->render();
     EXPECT_MATCHES(model::render(40, 24, model::xray(in)), target.read(), kTolerance);
+
+    // A camera texture handed over with no size is wrapped and drawn the same.
+    auto_ptr<ImageFilterBaseGL> sizeless(ImageFilterFactory::createFilter("ImageFilterXray"));
+    ASSERT_TRUE(sizeless->setupGraphics(0));
+    glClearColor(0, 0, 0, 0);
+    glClear(GL_COLOR_BUFFER_BIT);
+    glActiveTexture(GL_TEXTURE0);
+    glBindTexture(GL_TEXTURE_EXTERNAL_OES, 0);  // only the filter's own binding may show it
+    sizeless->setTexture(static_cast<int>(camera.texture), 0, 0, 40, 24);
+    sizeless->render();
+    EXPECT_MATCHES(model::render(40, 24, model::xray(in)), target.read(), kTolerance);
   }
   // The cache file is written once the program lets go of its script.
   EXPECT_TRUE(exists(cacheDir() + "ImageFilterXray_oes.osb"));
@@ -131,6 +142,10 @@ TEST_F(FilterSurface, FilterOnAWindowReachesTheScreen) {
       f->setBitmap(in.pixels.data(), w, h);
       f->render();
       engine->flush();
+      // Mesa's X11 swap sends the picture without waiting; a surface query
+      // waits for a reply on the same connection, so the screenshot follows it.
+      EGLint shown = 0;
+      eglQuerySurface(engine->getDisplay(), engine->getSurface(), EGL_WIDTH, &shown);
     }
     std::vector<uint8_t> screen(size_t(w) * h * 4);
     ASSERT_EQ(ANativeWindowHost_readPixels(window, screen.data(), static_cast<int64_t>(screen.size())), 0);

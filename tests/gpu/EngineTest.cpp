@@ -8,6 +8,9 @@
 #include "GpuFixture.h"
 #include "support/LogCapture.h"
 
+// Last: Xlib defines macros (None, Bool) that clash with the headers above.
+#include <X11/Xlib.h>
+
 namespace {
 
 const char* expectation() { return getenv("OV_GPU_EXPECT"); }
@@ -94,6 +97,7 @@ TEST_F(GPUEngineTest, WindowSurfaceDrawsToTheScreen) {
       glClear(GL_COLOR_BUFFER_BIT);
     }
     engine->flush();
+    waitForScreen(engine.get());
     Pixels shot(static_cast<size_t>(w) * h * 4);
     ASSERT_EQ(ANativeWindowHost_readPixels(window, shot.data(), static_cast<int64_t>(shot.size())), 0);
     const unsigned char blue[4] = {0, 0, 255, 255}, yellow[4] = {255, 255, 0, 255};
@@ -104,6 +108,27 @@ TEST_F(GPUEngineTest, WindowSurfaceDrawsToTheScreen) {
     stopEngine(engine);
   }
   ANativeWindow_release(window);
+}
+
+// A window the platform stand-in does not know (made with Xlib, not through
+// ANativeWindowHost_create): ANativeWindow_setBuffersGeometry refuses it, and
+// the surface is still made, since EGL alone judges the window.
+TEST_F(GPUEngineTest, RefusedGeometryStillMakesTheWindowSurface) {
+  Display* x = XOpenDisplay(nullptr);
+  ASSERT_NE(x, nullptr);
+  Window xid = XCreateSimpleWindow(x, DefaultRootWindow(x), 0, 0, 24, 20, 0, 0, 0);
+  XSync(x, False);
+  ANativeWindow* window = reinterpret_cast<ANativeWindow*>(xid);
+  EXPECT_NE(ANativeWindow_setBuffersGeometry(window, 0, 0, 0), 0);
+  {
+    auto_ptr<GPUEngine> engine = startEngine(window, 0, 0);
+    ASSERT_NE(engine, nullptr);
+    EXPECT_EQ(engine->getGPUContext()->surfaceWidth, 24);
+    EXPECT_EQ(engine->getGPUContext()->surfaceHeight, 20);
+    stopEngine(engine);
+  }
+  XDestroyWindow(x, xid);
+  XCloseDisplay(x);
 }
 
 // Run by ctest without an X server (OV_GPU_EXPECT=nodisplay) and on the

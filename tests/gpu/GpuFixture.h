@@ -40,6 +40,14 @@ inline auto_ptr<GPUEngine> startEngine(ANativeWindow* window, int w, int h) {
   engine->startup();
   return engine;
 }
+// After flush() on a window: Mesa's X11 swap sends the picture on its own X
+// connection without waiting, so a screenshot taken on another connection can
+// be served first. Querying the surface size makes Mesa wait for a reply on
+// its connection, after the picture.
+inline void waitForScreen(GPUEngine* engine) {
+  EGLint width = 0;
+  eglQuerySurface(engine->getDisplay(), engine->getSurface(), EGL_WIDTH, &width);
+}
 inline void stopEngine(auto_ptr<GPUEngine>& engine) {
   engine->close();
   engine->destroy();

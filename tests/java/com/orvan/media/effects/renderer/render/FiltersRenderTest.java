@@ -112,6 +112,40 @@ class FiltersRenderTest {
     handle = 0;
   }
 
+  private static final String[] NAMES = {
+    "ImageFilterNone", "ImageFilterTable", "ImageFilterDistorted", "ImageFilterExtrusion",
+    "ImageFilterMirror", "ImageFilterTemperature", "ImageFilterTimetunnel", "ImageFilterXray"
+  };
+
+  /**
+   * Still pictures one after another on one thread, each filter gone before the next is made: every
+   * creation must succeed, also when the previous filter took the last EGL engine with it.
+   */
+  @Test
+  void createProcessDestroyCycles() {
+    Bitmap b = Bitmap.createBitmap(64, 48, Bitmap.Config.ARGB_8888);
+    int failed = 0;
+    for (int round = 0; round < 40; round++) {
+      for (String name : NAMES) {
+        b.setPixel(1, 2, 0xff102030);
+        long h = r.nativeCreate(name);
+        if (h == 0) {
+          failed++;
+          continue;
+        }
+        r.nativeProcess(h, b);
+        r.nativeOnSurfaceDestroyed(h);
+      }
+    }
+    assertEquals(0, failed);
+    // The filters ran: the last one (Xray) leaves opaque grey.
+    int v = b.getPixel(5, 5);
+    assertEquals(0xff, v >>> 24);
+    assertEquals(v & 0xff, (v >>> 8) & 0xff);
+    assertEquals(v & 0xff, (v >>> 16) & 0xff);
+    assertEquals(0, logCount("eglInitialize fail\n"));
+  }
+
   @Test
   void processUsesOnlyPackedRgbaBitmapsAndAHandle() {
     handle = r.nativeCreate("ImageFilterXray");
@@ -245,6 +279,20 @@ class FiltersRenderTest {
     assertArrayEquals(out, run(in));
 
     assertEquals(1, logCount(P + "nativeSetParametersBitmap 2   pImageFilterBaseGL:" + ptr(handle) + "\n"));
+  }
+
+  /** A GL view's callbacks on a thread with no EGL context: a handle that draws nothing. */
+  @Test
+  void surfaceCreatedWithoutAContext() throws InterruptedException {
+    long[] view = new long[1];
+    Thread gl = new Thread(() -> {
+      view[0] = r.nativeOnSurfaceCreated("ImageFilterXray", 0);
+      r.nativeOnDrawFrame(view[0]);
+      r.nativeOnSurfaceDestroyed(view[0]);
+    });
+    gl.start();
+    gl.join();
+    assertNotEquals(0, view[0]);
   }
 
   /** The preview calls, in the context nativeCreate made current on this thread. */
