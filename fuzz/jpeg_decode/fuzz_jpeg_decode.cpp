@@ -12,7 +12,7 @@ namespace {
 
 // Pictures declaring more pixels than this are skipped: they would only
 // measure the allocator. The frame header is found by walking the markers.
-constexpr uint64_t kMaxPixels = 1u << 22;
+constexpr uint64_t kMaxPixels = 1u << 18;
 
 bool declaresHugeFrame(const uint8_t* data, size_t size) {
   for (size_t i = 0; i + 8 < size; ++i) {

@@ -10,9 +10,9 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzInput in(data, size);
-  // Sides up to 2600 take in both aspect classes without slow executions.
-  const int width = static_cast<int>(in.range(0, 2600)) - 1;
-  const int height = static_cast<int>(in.range(0, 2600)) - 1;
+  // Sides up to 1400 take in both aspect classes without slow executions.
+  const int width = static_cast<int>(in.range(0, 1400)) - 1;
+  const int height = static_cast<int>(in.range(0, 1400)) - 1;
   const int setIndex = static_cast<int>(in.range(0, 3)) - 1;
   // Mostly characters the glyph sets have, now and then any byte.
   std::string text;
