@@ -62,3 +62,7 @@ fuzz:
 	cmake --preset fuzz >/dev/null
 	cmake --build --preset fuzz --target ov_fuzzers -j $(JOBS)
 	scripts/fuzz.sh build-fuzz $(FUZZ_SECONDS) $(FUZZ_TARGETS)
+.PHONY: clean-fuzz
+clean: clean-fuzz
+clean-fuzz:
+	rm -rf build-fuzz
