@@ -168,7 +168,7 @@ void flatFunctions(FuzzInput& in, int w, int h) {
     y[i] = in.take<int16_t>() % 300;
   }
   double* curve = ov_calcHistogram(x.data(), y.data(), count);
-  FUZZ_CHECK((curve != nullptr) == (count >= 2 && count <= 100));
+  FUZZ_CHECK(curve == nullptr || (count >= 2 && count <= 100));
   ov_free(curve);
 }
 
