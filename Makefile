@@ -53,3 +53,16 @@ format:
 
 clean:
 	rm -rf build build-asan build-tsan build-bench demo-out
+
+# libFuzzer targets (clang, build-fuzz/): each runs FUZZ_SECONDS, one at a time.
+FUZZ_SECONDS ?= 60
+.PHONY: fuzz
+fuzz:
+	@scripts/install-deps.sh fuzz
+	cmake --preset fuzz >/dev/null
+	cmake --build --preset fuzz --target ov_fuzzers -j $(JOBS)
+	scripts/fuzz.sh build-fuzz $(FUZZ_SECONDS) $(FUZZ_TARGETS)
+.PHONY: clean-fuzz
+clean: clean-fuzz
+clean-fuzz:
+	rm -rf build-fuzz

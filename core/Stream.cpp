@@ -1,5 +1,6 @@
 #include "core/Stream.h"
 
+#include <climits>
 #include <cstdint>
 #include <cstring>
 
@@ -105,23 +106,28 @@ int MemoryStream::write(void* buffer, unsigned int size) {
 
 long long MemoryStream::seek(long long offset, SeekOrign origin) {
   if (mBuffer == nullptr) return -1;
-  long long old = mPosition;
-  long long target;
+  const long long old = mPosition;
+  // Target and result as exact arithmetic gives them: a target past the long
+  // long range lies past the end anyway, and a result too low to represent
+  // saturates (old is never negative, so nothing else can overflow).
+  long long target = old;
+  long long moved = 0;
   switch (origin) {
     case SEEK_ORIGN_BEGIN:
       target = offset;
+      if (__builtin_sub_overflow(offset, old, &moved)) moved = LLONG_MIN;
       break;
     case SEEK_ORIGN_CURRENT:
     case SEEK_ORIGN_END:  // measured from the current position, not the end
-      target = old + offset;
+      if (__builtin_add_overflow(old, offset, &target)) target = LLONG_MAX;
+      moved = offset;
       break;
     default:
-      target = old;
       break;
   }
   long long clamped = target < 0 ? 0 : (target > mCapacity ? mCapacity : target);
   mPosition = static_cast<unsigned int>(clamped);
-  return target - old;
+  return moved;
 }
 
 int MemoryStream::rewind() {

@@ -2,6 +2,7 @@
 # Installs the Debian packages a build needs, only those missing.
 #   install-deps.sh base   build, tests and demo
 #   install-deps.sh bench  base plus the benchmark peers
+#   install-deps.sh fuzz   base plus clang with libFuzzer
 set -euo pipefail
 
 base=(
@@ -17,9 +18,11 @@ base=(
   fonts-dejavu-core
 )
 bench=(libbenchmark-dev libyuv-dev libopencv-dev libturbojpeg0-dev)
+fuzz=(clang libclang-rt-14-dev)
 
 want=("${base[@]}")
 if [ "${1:-base}" = "bench" ]; then want+=("${bench[@]}"); fi
+if [ "${1:-base}" = "fuzz" ]; then want+=("${fuzz[@]}"); fi
 
 missing=()
 for p in "${want[@]}"; do
