@@ -1,0 +1,88 @@
+// FAST-16 row kernel, 16 pixels per step in 8-bit NEON lanes: the same
+// saturating-margin arithmetic as the x86 kernels.
+#include "imgproc/Fast16Rows.h"
+
+#if OV_HAVE_FAST16_NEON
+
+// Real NEON on ARM; elsewhere the same intrinsics through SIMDe's translation.
+#if defined(__ARM_NEON) || defined(__ARM_NEON__)
+#include <arm_neon.h>
+#else
+#define SIMDE_ENABLE_NATIVE_ALIASES
+#include <simde/arm/neon.h>
+#endif
+
+namespace fast16_row {
+namespace {
+
+inline uint8x16_t bestArc(const uint8x16_t m[16]) {
+  uint8x16_t m2[16], m4[16];
+  for (int j = 0; j < 16; ++j) m2[j] = vminq_u8(m[j], m[(j + 1) & 15]);
+  for (int j = 0; j < 16; ++j) m4[j] = vminq_u8(m2[j], m2[(j + 2) & 15]);
+  uint8x16_t best = vdupq_n_u8(0);
+  for (int j = 0; j < 16; ++j)
+    best = vmaxq_u8(best, vminq_u8(vminq_u8(m4[j], m4[(j + 4) & 15]), m[(j + 8) & 15]));
+  return best;
+}
+
+// Any lane non-zero (ARMv7 has no across-vector maximum).
+inline bool any(uint8x16_t v) {
+  const uint64x2_t w = vreinterpretq_u64_u8(v);
+  return (vgetq_lane_u64(w, 0) | vgetq_lane_u64(w, 1)) != 0;
+}
+
+inline bool anyPair(const uint8x16_t q[4]) {
+  return any(vorrq_u8(vorrq_u8(vminq_u8(q[0], q[1]), vminq_u8(q[1], q[2])),
+                      vorrq_u8(vminq_u8(q[2], q[3]), vminq_u8(q[3], q[0]))));
+}
+
+}  // namespace
+
+int ScoreRow_NEON(const uint8_t* row, const int* pixel, int x0, int count, int threshold, uint8_t* map,
+                  int* xs) {
+  const int blocks = count / 16;
+  const uint8x16_t t = vdupq_n_u8(static_cast<uint8_t>(threshold));
+  const uint8x16_t zero = vdupq_n_u8(0), one = vdupq_n_u8(1);
+  int n = 0;
+  for (int b = 0; b < blocks; ++b) {
+    const int x = x0 + 16 * b;
+    const uint8_t* p = row + x;
+    const uint8x16_t c = vld1q_u8(p);
+    const uint8x16_t hi = vqaddq_u8(c, t), lo = vqsubq_u8(c, t);
+    uint8x16_t above[4], below[4];
+    for (int i = 0; i < 4; ++i) {
+      const uint8x16_t v = vld1q_u8(p + pixel[4 * i]);
+      above[i] = vqsubq_u8(v, hi);
+      below[i] = vqsubq_u8(lo, v);
+    }
+    const bool up = anyPair(above), down = anyPair(below);
+    if (!up && !down) {
+      vst1q_u8(map + x, zero);
+      continue;
+    }
+    uint8x16_t best = zero, m[16];
+    if (up) {
+      for (int j = 0; j < 16; ++j) m[j] = vqsubq_u8(vld1q_u8(p + pixel[j]), c);
+      best = bestArc(m);
+    }
+    if (down) {
+      for (int j = 0; j < 16; ++j) m[j] = vqsubq_u8(c, vld1q_u8(p + pixel[j]));
+      best = vmaxq_u8(best, bestArc(m));
+    }
+    const uint8x16_t corner = vcgtq_u8(best, t);
+    vst1q_u8(map + x, vandq_u8(corner, vqsubq_u8(best, one)));
+    // Four bits per lane: the narrowing shift packs the lane mask into 64 bits.
+    uint64_t bits = vget_lane_u64(vreinterpret_u64_u8(vshrn_n_u16(vreinterpretq_u16_u8(corner), 4)), 0);
+    while (bits) {
+      const int lane = __builtin_ctzll(bits) >> 2;
+      xs[n++] = x + lane;
+      bits &= ~(0xFull << (4 * lane));
+    }
+  }
+  const int done = 16 * blocks;
+  return n + ScoreRow_C(row, pixel, x0 + done, count - done, threshold, map, xs + n);
+}
+
+}  // namespace fast16_row
+
+#endif  // OV_HAVE_FAST16_NEON

@@ -1,0 +1,84 @@
+// FAST-16 row kernel, 16 pixels per step in 8-bit lanes. The margins are
+// saturating differences, so the arc minima and their maximum are exactly
+// the C reference's integers. Only SSE2 instructions are needed; it is
+// chosen at the SSSE3 level the library's x86 kernels share.
+#include "imgproc/Fast16Rows.h"
+
+#if OV_HAVE_FAST16_X86
+
+#include <immintrin.h>
+
+#define OV_SSSE3 __attribute__((target("ssse3")))
+
+namespace fast16_row {
+namespace {
+
+// Largest minimum of 9 contiguous entries of the 16 margins around the circle.
+OV_SSSE3 inline __m128i bestArc(const __m128i m[16]) {
+  __m128i m2[16], m4[16];
+  for (int j = 0; j < 16; ++j) m2[j] = _mm_min_epu8(m[j], m[(j + 1) & 15]);
+  for (int j = 0; j < 16; ++j) m4[j] = _mm_min_epu8(m2[j], m2[(j + 2) & 15]);
+  __m128i best = _mm_setzero_si128();
+  for (int j = 0; j < 16; ++j)
+    best = _mm_max_epu8(best, _mm_min_epu8(_mm_min_epu8(m4[j], m4[(j + 4) & 15]), m[(j + 8) & 15]));
+  return best;
+}
+
+// Lanes where two neighbouring compass pixels both pass: a superset of the corners.
+OV_SSSE3 inline bool anyPair(const __m128i q[4]) {
+  const __m128i pairs = _mm_or_si128(_mm_or_si128(_mm_min_epu8(q[0], q[1]), _mm_min_epu8(q[1], q[2])),
+                                     _mm_or_si128(_mm_min_epu8(q[2], q[3]), _mm_min_epu8(q[3], q[0])));
+  return _mm_movemask_epi8(_mm_cmpeq_epi8(pairs, _mm_setzero_si128())) != 0xFFFF;
+}
+
+OV_SSSE3 inline __m128i load(const uint8_t* p) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
+
+}  // namespace
+
+OV_SSSE3 int ScoreRow_SSSE3(const uint8_t* row, const int* pixel, int x0, int count, int threshold,
+                            uint8_t* map, int* xs) {
+  const int blocks = count / 16;
+  const __m128i t = _mm_set1_epi8(static_cast<char>(threshold));
+  const __m128i zero = _mm_setzero_si128(), one = _mm_set1_epi8(1);
+  int n = 0;
+  for (int b = 0; b < blocks; ++b) {
+    const int x = x0 + 16 * b;
+    const uint8_t* p = row + x;
+    const __m128i c = load(p);
+    const __m128i hi = _mm_adds_epu8(c, t), lo = _mm_subs_epu8(c, t);
+    __m128i above[4], below[4];
+    for (int i = 0; i < 4; ++i) {
+      const __m128i v = load(p + pixel[4 * i]);
+      above[i] = _mm_subs_epu8(v, hi);
+      below[i] = _mm_subs_epu8(lo, v);
+    }
+    const bool up = anyPair(above), down = anyPair(below);
+    if (!up && !down) {
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(map + x), zero);
+      continue;
+    }
+    // A side none of whose lanes passes holds no corner: its margins stay at
+    // or below the threshold and cannot change a corner's score.
+    __m128i best = zero, m[16];
+    if (up) {
+      for (int j = 0; j < 16; ++j) m[j] = _mm_subs_epu8(load(p + pixel[j]), c);
+      best = bestArc(m);
+    }
+    if (down) {
+      for (int j = 0; j < 16; ++j) m[j] = _mm_subs_epu8(c, load(p + pixel[j]));
+      best = _mm_max_epu8(best, bestArc(m));
+    }
+    const __m128i none = _mm_cmpeq_epi8(_mm_subs_epu8(best, t), zero);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(map + x), _mm_andnot_si128(none, _mm_subs_epu8(best, one)));
+    for (unsigned bits = ~static_cast<unsigned>(_mm_movemask_epi8(none)) & 0xFFFF; bits; bits &= bits - 1)
+      xs[n++] = x + __builtin_ctz(bits);
+  }
+  const int done = 16 * blocks;
+  return n + ScoreRow_C(row, pixel, x0 + done, count - done, threshold, map, xs + n);
+}
+
+}  // namespace fast16_row
+
+#endif  // OV_HAVE_FAST16_X86
