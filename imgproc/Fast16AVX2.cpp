@@ -12,21 +12,25 @@ namespace fast16_row {
 namespace {
 
 OV_AVX2 inline __m256i bestArc(const __m256i m[16]) {
+  // Neighbouring arcs k and k + 1 share the 8 pixels k + 1 .. k + 8, so the
+  // better of the two is min(shared, max(m[k], m[k + 9])): only the runs that
+  // start at odd positions are needed.
   __m256i m2[16], m4[16];
-  for (int j = 0; j < 16; ++j) m2[j] = _mm256_min_epu8(m[j], m[(j + 1) & 15]);
-  for (int j = 0; j < 16; ++j) m4[j] = _mm256_min_epu8(m2[j], m2[(j + 2) & 15]);
+  for (int j = 1; j < 16; j += 2) m2[j] = _mm256_min_epu8(m[j], m[(j + 1) & 15]);
+  for (int j = 1; j < 16; j += 2) m4[j] = _mm256_min_epu8(m2[j], m2[(j + 2) & 15]);
   __m256i best = _mm256_setzero_si256();
-  for (int j = 0; j < 16; ++j)
-    best = _mm256_max_epu8(best, _mm256_min_epu8(_mm256_min_epu8(m4[j], m4[(j + 4) & 15]), m[(j + 8) & 15]));
+  for (int k = 0; k < 16; k += 2)
+    best = _mm256_max_epu8(best, _mm256_min_epu8(_mm256_min_epu8(m4[k + 1], m4[(k + 5) & 15]),
+                                                 _mm256_max_epu8(m[k], m[(k + 9) & 15])));
   return best;
 }
 
-OV_AVX2 inline bool anyPair(const __m256i q[4]) {
-  const __m256i pairs =
-      _mm256_or_si256(_mm256_or_si256(_mm256_min_epu8(q[0], q[1]), _mm256_min_epu8(q[1], q[2])),
-                      _mm256_or_si256(_mm256_min_epu8(q[2], q[3]), _mm256_min_epu8(q[3], q[0])));
-  return !_mm256_testz_si256(pairs, pairs);
+OV_AVX2 inline __m256i pairs(const __m256i q[4]) {
+  return _mm256_or_si256(_mm256_or_si256(_mm256_min_epu8(q[0], q[1]), _mm256_min_epu8(q[1], q[2])),
+                         _mm256_or_si256(_mm256_min_epu8(q[2], q[3]), _mm256_min_epu8(q[3], q[0])));
 }
+
+OV_AVX2 inline bool any(__m256i v) { return !_mm256_testz_si256(v, v); }
 
 OV_AVX2 inline __m256i load(const uint8_t* p) {
   return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
@@ -39,6 +43,9 @@ OV_AVX2 int ScoreRow_AVX2(const uint8_t* row, const int* pixel, int x0, int coun
   const int blocks = count / 32;
   const __m256i t = _mm256_set1_epi8(static_cast<char>(threshold));
   const __m256i zero = _mm256_setzero_si256(), one = _mm256_set1_epi8(1);
+  // Local copies: the stores into map could otherwise alias the offsets.
+  ptrdiff_t o[16];
+  for (int j = 0; j < 16; ++j) o[j] = pixel[j];
   int n = 0;
   for (int b = 0; b < blocks; ++b) {
     const int x = x0 + 32 * b;
@@ -47,22 +54,22 @@ OV_AVX2 int ScoreRow_AVX2(const uint8_t* row, const int* pixel, int x0, int coun
     const __m256i hi = _mm256_adds_epu8(c, t), lo = _mm256_subs_epu8(c, t);
     __m256i above[4], below[4];
     for (int i = 0; i < 4; ++i) {
-      const __m256i v = load(p + pixel[4 * i]);
+      const __m256i v = load(p + o[4 * i]);
       above[i] = _mm256_subs_epu8(v, hi);
       below[i] = _mm256_subs_epu8(lo, v);
     }
-    const bool up = anyPair(above), down = anyPair(below);
-    if (!up && !down) {
+    const __m256i up = pairs(above), down = pairs(below);
+    if (!any(_mm256_or_si256(up, down))) {
       _mm256_storeu_si256(reinterpret_cast<__m256i*>(map + x), zero);
       continue;
     }
     __m256i best = zero, m[16];
-    if (up) {
-      for (int j = 0; j < 16; ++j) m[j] = _mm256_subs_epu8(load(p + pixel[j]), c);
+    if (any(up)) {
+      for (int j = 0; j < 16; ++j) m[j] = _mm256_subs_epu8(load(p + o[j]), c);
       best = bestArc(m);
     }
-    if (down) {
-      for (int j = 0; j < 16; ++j) m[j] = _mm256_subs_epu8(c, load(p + pixel[j]));
+    if (any(down)) {
+      for (int j = 0; j < 16; ++j) m[j] = _mm256_subs_epu8(c, load(p + o[j]));
       best = _mm256_max_epu8(best, bestArc(m));
     }
     const __m256i none = _mm256_cmpeq_epi8(_mm256_subs_epu8(best, t), zero);

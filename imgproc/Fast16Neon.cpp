@@ -16,12 +16,15 @@ namespace fast16_row {
 namespace {
 
 inline uint8x16_t bestArc(const uint8x16_t m[16]) {
+  // Neighbouring arcs k and k + 1 share the 8 pixels k + 1 .. k + 8, so the
+  // better of the two is min(shared, max(m[k], m[k + 9])): only the runs that
+  // start at odd positions are needed.
   uint8x16_t m2[16], m4[16];
-  for (int j = 0; j < 16; ++j) m2[j] = vminq_u8(m[j], m[(j + 1) & 15]);
-  for (int j = 0; j < 16; ++j) m4[j] = vminq_u8(m2[j], m2[(j + 2) & 15]);
+  for (int j = 1; j < 16; j += 2) m2[j] = vminq_u8(m[j], m[(j + 1) & 15]);
+  for (int j = 1; j < 16; j += 2) m4[j] = vminq_u8(m2[j], m2[(j + 2) & 15]);
   uint8x16_t best = vdupq_n_u8(0);
-  for (int j = 0; j < 16; ++j)
-    best = vmaxq_u8(best, vminq_u8(vminq_u8(m4[j], m4[(j + 4) & 15]), m[(j + 8) & 15]));
+  for (int k = 0; k < 16; k += 2)
+    best = vmaxq_u8(best, vminq_u8(vminq_u8(m4[k + 1], m4[(k + 5) & 15]), vmaxq_u8(m[k], m[(k + 9) & 15])));
   return best;
 }
 
@@ -31,9 +34,9 @@ inline bool any(uint8x16_t v) {
   return (vgetq_lane_u64(w, 0) | vgetq_lane_u64(w, 1)) != 0;
 }
 
-inline bool anyPair(const uint8x16_t q[4]) {
-  return any(vorrq_u8(vorrq_u8(vminq_u8(q[0], q[1]), vminq_u8(q[1], q[2])),
-                      vorrq_u8(vminq_u8(q[2], q[3]), vminq_u8(q[3], q[0]))));
+inline uint8x16_t pairs(const uint8x16_t q[4]) {
+  return vorrq_u8(vorrq_u8(vminq_u8(q[0], q[1]), vminq_u8(q[1], q[2])),
+                  vorrq_u8(vminq_u8(q[2], q[3]), vminq_u8(q[3], q[0])));
 }
 
 }  // namespace
@@ -43,6 +46,9 @@ int ScoreRow_NEON(const uint8_t* row, const int* pixel, int x0, int count, int t
   const int blocks = count / 16;
   const uint8x16_t t = vdupq_n_u8(static_cast<uint8_t>(threshold));
   const uint8x16_t zero = vdupq_n_u8(0), one = vdupq_n_u8(1);
+  // Local copies: the stores into map could otherwise alias the offsets.
+  ptrdiff_t o[16];
+  for (int j = 0; j < 16; ++j) o[j] = pixel[j];
   int n = 0;
   for (int b = 0; b < blocks; ++b) {
     const int x = x0 + 16 * b;
@@ -51,22 +57,22 @@ int ScoreRow_NEON(const uint8_t* row, const int* pixel, int x0, int count, int t
     const uint8x16_t hi = vqaddq_u8(c, t), lo = vqsubq_u8(c, t);
     uint8x16_t above[4], below[4];
     for (int i = 0; i < 4; ++i) {
-      const uint8x16_t v = vld1q_u8(p + pixel[4 * i]);
+      const uint8x16_t v = vld1q_u8(p + o[4 * i]);
       above[i] = vqsubq_u8(v, hi);
       below[i] = vqsubq_u8(lo, v);
     }
-    const bool up = anyPair(above), down = anyPair(below);
-    if (!up && !down) {
+    const uint8x16_t up = pairs(above), down = pairs(below);
+    if (!any(vorrq_u8(up, down))) {
       vst1q_u8(map + x, zero);
       continue;
     }
     uint8x16_t best = zero, m[16];
-    if (up) {
-      for (int j = 0; j < 16; ++j) m[j] = vqsubq_u8(vld1q_u8(p + pixel[j]), c);
+    if (any(up)) {
+      for (int j = 0; j < 16; ++j) m[j] = vqsubq_u8(vld1q_u8(p + o[j]), c);
       best = bestArc(m);
     }
-    if (down) {
-      for (int j = 0; j < 16; ++j) m[j] = vqsubq_u8(c, vld1q_u8(p + pixel[j]));
+    if (any(down)) {
+      for (int j = 0; j < 16; ++j) m[j] = vqsubq_u8(c, vld1q_u8(p + o[j]));
       best = vmaxq_u8(best, bestArc(m));
     }
     const uint8x16_t corner = vcgtq_u8(best, t);

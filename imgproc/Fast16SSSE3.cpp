@@ -15,20 +15,28 @@ namespace {
 
 // Largest minimum of 9 contiguous entries of the 16 margins around the circle.
 OV_SSSE3 inline __m128i bestArc(const __m128i m[16]) {
+  // Neighbouring arcs k and k + 1 share the 8 pixels k + 1 .. k + 8, so the
+  // better of the two is min(shared, max(m[k], m[k + 9])): only the runs that
+  // start at odd positions are needed.
   __m128i m2[16], m4[16];
-  for (int j = 0; j < 16; ++j) m2[j] = _mm_min_epu8(m[j], m[(j + 1) & 15]);
-  for (int j = 0; j < 16; ++j) m4[j] = _mm_min_epu8(m2[j], m2[(j + 2) & 15]);
+  for (int j = 1; j < 16; j += 2) m2[j] = _mm_min_epu8(m[j], m[(j + 1) & 15]);
+  for (int j = 1; j < 16; j += 2) m4[j] = _mm_min_epu8(m2[j], m2[(j + 2) & 15]);
   __m128i best = _mm_setzero_si128();
-  for (int j = 0; j < 16; ++j)
-    best = _mm_max_epu8(best, _mm_min_epu8(_mm_min_epu8(m4[j], m4[(j + 4) & 15]), m[(j + 8) & 15]));
+  for (int k = 0; k < 16; k += 2)
+    best = _mm_max_epu8(
+        best, _mm_min_epu8(_mm_min_epu8(m4[k + 1], m4[(k + 5) & 15]), _mm_max_epu8(m[k], m[(k + 9) & 15])));
   return best;
 }
 
-// Lanes where two neighbouring compass pixels both pass: a superset of the corners.
-OV_SSSE3 inline bool anyPair(const __m128i q[4]) {
-  const __m128i pairs = _mm_or_si128(_mm_or_si128(_mm_min_epu8(q[0], q[1]), _mm_min_epu8(q[1], q[2])),
-                                     _mm_or_si128(_mm_min_epu8(q[2], q[3]), _mm_min_epu8(q[3], q[0])));
-  return _mm_movemask_epi8(_mm_cmpeq_epi8(pairs, _mm_setzero_si128())) != 0xFFFF;
+// Non-zero in lanes where two neighbouring compass pixels both pass: a
+// superset of the corners.
+OV_SSSE3 inline __m128i pairs(const __m128i q[4]) {
+  return _mm_or_si128(_mm_or_si128(_mm_min_epu8(q[0], q[1]), _mm_min_epu8(q[1], q[2])),
+                      _mm_or_si128(_mm_min_epu8(q[2], q[3]), _mm_min_epu8(q[3], q[0])));
+}
+
+OV_SSSE3 inline bool any(__m128i v) {
+  return _mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_setzero_si128())) != 0xFFFF;
 }
 
 OV_SSSE3 inline __m128i load(const uint8_t* p) {
@@ -42,6 +50,9 @@ OV_SSSE3 int ScoreRow_SSSE3(const uint8_t* row, const int* pixel, int x0, int co
   const int blocks = count / 16;
   const __m128i t = _mm_set1_epi8(static_cast<char>(threshold));
   const __m128i zero = _mm_setzero_si128(), one = _mm_set1_epi8(1);
+  // Local copies: the stores into map could otherwise alias the offsets.
+  ptrdiff_t o[16];
+  for (int j = 0; j < 16; ++j) o[j] = pixel[j];
   int n = 0;
   for (int b = 0; b < blocks; ++b) {
     const int x = x0 + 16 * b;
@@ -50,24 +61,24 @@ OV_SSSE3 int ScoreRow_SSSE3(const uint8_t* row, const int* pixel, int x0, int co
     const __m128i hi = _mm_adds_epu8(c, t), lo = _mm_subs_epu8(c, t);
     __m128i above[4], below[4];
     for (int i = 0; i < 4; ++i) {
-      const __m128i v = load(p + pixel[4 * i]);
+      const __m128i v = load(p + o[4 * i]);
       above[i] = _mm_subs_epu8(v, hi);
       below[i] = _mm_subs_epu8(lo, v);
     }
-    const bool up = anyPair(above), down = anyPair(below);
-    if (!up && !down) {
+    const __m128i up = pairs(above), down = pairs(below);
+    if (!any(_mm_or_si128(up, down))) {
       _mm_storeu_si128(reinterpret_cast<__m128i*>(map + x), zero);
       continue;
     }
     // A side none of whose lanes passes holds no corner: its margins stay at
     // or below the threshold and cannot change a corner's score.
     __m128i best = zero, m[16];
-    if (up) {
-      for (int j = 0; j < 16; ++j) m[j] = _mm_subs_epu8(load(p + pixel[j]), c);
+    if (any(up)) {
+      for (int j = 0; j < 16; ++j) m[j] = _mm_subs_epu8(load(p + o[j]), c);
       best = bestArc(m);
     }
-    if (down) {
-      for (int j = 0; j < 16; ++j) m[j] = _mm_subs_epu8(c, load(p + pixel[j]));
+    if (any(down)) {
+      for (int j = 0; j < 16; ++j) m[j] = _mm_subs_epu8(c, load(p + o[j]));
       best = _mm_max_epu8(best, bestArc(m));
     }
     const __m128i none = _mm_cmpeq_epi8(_mm_subs_epu8(best, t), zero);
