@@ -43,51 +43,66 @@ OV_SSSE3 inline __m128i load(const uint8_t* p) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
 }
 
+// Scores the 16 pixels from column x; appends the corners among the lanes
+// set in `fresh`. Returns how many it appended.
+OV_SSSE3 inline int scoreBlock(const uint8_t* row, const ptrdiff_t* o, int x, __m128i t, unsigned fresh,
+                               uint8_t* map, int* xs) {
+  const __m128i zero = _mm_setzero_si128();
+  const uint8_t* p = row + x;
+  const __m128i c = load(p);
+  const __m128i hi = _mm_adds_epu8(c, t), lo = _mm_subs_epu8(c, t);
+  __m128i above[4], below[4];
+  for (int i = 0; i < 4; ++i) {
+    const __m128i v = load(p + o[4 * i]);
+    above[i] = _mm_subs_epu8(v, hi);
+    below[i] = _mm_subs_epu8(lo, v);
+  }
+  const __m128i up = pairs(above), down = pairs(below);
+  if (!any(_mm_or_si128(up, down))) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(map + x), zero);
+    return 0;
+  }
+  // A lane that passes on one side only is no corner on the other: its
+  // margins there stay at or below the threshold and cannot raise a corner's
+  // score. Flipping all bits reverses the order, so one pass over the circle
+  // takes each lane's margins toward its own side.
+  const __m128i downward = _mm_cmpeq_epi8(up, zero);
+  __m128i best, m[16];
+  if (!any(_mm_andnot_si128(downward, down))) {
+    const __m128i cs = _mm_xor_si128(c, downward);
+    for (int j = 0; j < 16; ++j) m[j] = _mm_subs_epu8(_mm_xor_si128(load(p + o[j]), downward), cs);
+    best = bestArc(m);
+  } else {
+    for (int j = 0; j < 16; ++j) m[j] = _mm_subs_epu8(load(p + o[j]), c);
+    best = bestArc(m);
+    for (int j = 0; j < 16; ++j) m[j] = _mm_subs_epu8(c, load(p + o[j]));
+    best = _mm_max_epu8(best, bestArc(m));
+  }
+  const __m128i none = _mm_cmpeq_epi8(_mm_subs_epu8(best, t), zero);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(map + x),
+                   _mm_andnot_si128(none, _mm_subs_epu8(best, _mm_set1_epi8(1))));
+  int n = 0;
+  for (unsigned bits = ~static_cast<unsigned>(_mm_movemask_epi8(none)) & fresh; bits; bits &= bits - 1)
+    xs[n++] = x + __builtin_ctz(bits);
+  return n;
+}
+
 }  // namespace
 
 OV_SSSE3 int ScoreRow_SSSE3(const uint8_t* row, const int* pixel, int x0, int count, int threshold,
                             uint8_t* map, int* xs) {
-  const int blocks = count / 16;
+  if (count < 16) return ScoreRow_C(row, pixel, x0, count, threshold, map, xs);
   const __m128i t = _mm_set1_epi8(static_cast<char>(threshold));
-  const __m128i zero = _mm_setzero_si128(), one = _mm_set1_epi8(1);
   // Local copies: the stores into map could otherwise alias the offsets.
   ptrdiff_t o[16];
   for (int j = 0; j < 16; ++j) o[j] = pixel[j];
   int n = 0;
-  for (int b = 0; b < blocks; ++b) {
-    const int x = x0 + 16 * b;
-    const uint8_t* p = row + x;
-    const __m128i c = load(p);
-    const __m128i hi = _mm_adds_epu8(c, t), lo = _mm_subs_epu8(c, t);
-    __m128i above[4], below[4];
-    for (int i = 0; i < 4; ++i) {
-      const __m128i v = load(p + o[4 * i]);
-      above[i] = _mm_subs_epu8(v, hi);
-      below[i] = _mm_subs_epu8(lo, v);
-    }
-    const __m128i up = pairs(above), down = pairs(below);
-    if (!any(_mm_or_si128(up, down))) {
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(map + x), zero);
-      continue;
-    }
-    // A side none of whose lanes passes holds no corner: its margins stay at
-    // or below the threshold and cannot change a corner's score.
-    __m128i best = zero, m[16];
-    if (any(up)) {
-      for (int j = 0; j < 16; ++j) m[j] = _mm_subs_epu8(load(p + o[j]), c);
-      best = bestArc(m);
-    }
-    if (any(down)) {
-      for (int j = 0; j < 16; ++j) m[j] = _mm_subs_epu8(c, load(p + o[j]));
-      best = _mm_max_epu8(best, bestArc(m));
-    }
-    const __m128i none = _mm_cmpeq_epi8(_mm_subs_epu8(best, t), zero);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(map + x), _mm_andnot_si128(none, _mm_subs_epu8(best, one)));
-    for (unsigned bits = ~static_cast<unsigned>(_mm_movemask_epi8(none)) & 0xFFFF; bits; bits &= bits - 1)
-      xs[n++] = x + __builtin_ctz(bits);
-  }
-  const int done = 16 * blocks;
-  return n + ScoreRow_C(row, pixel, x0 + done, count - done, threshold, map, xs + n);
+  const int blocks = count / 16, rest = count % 16;
+  for (int b = 0; b < blocks; ++b) n += scoreBlock(row, o, x0 + 16 * b, t, 0xFFFFu, map, xs + n);
+  // The last block ends with the row, over lanes already done: they score
+  // the same again, only the new ones are listed.
+  if (rest) n += scoreBlock(row, o, x0 + count - 16, t, (0xFFFFu << (16 - rest)) & 0xFFFFu, map, xs + n);
+  return n;
 }
 
 }  // namespace fast16_row
