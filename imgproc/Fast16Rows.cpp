@@ -72,11 +72,12 @@ int detect(RowKernel kernel, const uint8_t* image, int width, int height, ptrdif
   if (bytes > SIZE_MAX) return FAST16_NO_MEMORY;
   void* block = calloc(1, static_cast<size_t>(bytes));
   if (!block) return FAST16_NO_MEMORY;
-  uint8_t* maps[3];
-  for (int i = 0; i < 3; ++i) maps[i] = static_cast<uint8_t*>(block) + static_cast<size_t>(i) * width;
+  // The column lists first, where calloc's alignment holds for ints.
   int* cols[2];
-  for (int i = 0; i < 2; ++i)
-    cols[i] = reinterpret_cast<int*>(maps[2] + width) + static_cast<size_t>(i) * width;
+  for (int i = 0; i < 2; ++i) cols[i] = static_cast<int*>(block) + static_cast<size_t>(i) * width;
+  uint8_t* maps[3];
+  for (int i = 0; i < 3; ++i)
+    maps[i] = reinterpret_cast<uint8_t*>(cols[1] + width) + static_cast<size_t>(i) * width;
   int found[2] = {0, 0};
 
   int written = 0;
