@@ -15,6 +15,7 @@ base=(
   libegl-dev libgles-dev libegl-mesa0 libgl1-mesa-dri libx11-dev libxcomposite-dev
   xvfb xauth x11-apps
   libsimde-dev
+  libopencv-features2d-dev
   fonts-dejavu-core
 )
 bench=(libbenchmark-dev libyuv-dev libopencv-dev libturbojpeg0-dev)

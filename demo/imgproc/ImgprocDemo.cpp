@@ -1,5 +1,6 @@
 // Blurs and tints the sample photograph the way the Java BlurRender does,
-// shows the other blurs beside it, and draws the photo's LBP pattern map.
+// shows the other blurs beside it, draws the photo's LBP pattern map and its
+// FAST-16 corners.
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -8,6 +9,9 @@
 #include "imgproc/Lbp.h"
 #include "support/PictureWriter.h"
 #include "support/SamplePhoto.h"
+
+bool fast16Demo(const std::string& dir, const std::vector<unsigned char>& rgb,
+                const std::vector<unsigned char>& gray, int w, int h);
 
 namespace {
 
@@ -82,5 +86,6 @@ int main(int argc, char** argv) {
   std::vector<double> weights(dim, 1.0);
   printf("LBP: %u features over 3 levels of a 64x64 patch, %.0f positions\n", dim,
          lbp_pyr_dotprod(weights.data(), dim, patch.data(), 64, 64));
+  ok &= fast16Demo(out, rgb, gray, w, h);
   return ok ? 0 : 1;
 }
