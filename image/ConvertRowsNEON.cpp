@@ -19,6 +19,10 @@
 namespace convert_row {
 namespace {
 
+// GCC otherwise keeps some of the helpers out of line, which costs a call and
+// the spilling of every vector argument per block.
+#define OV_INLINE inline __attribute__((always_inline))
+
 // Inverse terms of x = y - 16 or x = c - 128: n * x + floor(x * k / 2^15),
 // plus 1 for negative x (the tables truncate toward zero).
 constexpr int16_t kQY = 5372, kQRV = 19529, kQGV = 26625, kQGU = 12810, kQBU = 586;
@@ -45,10 +49,25 @@ constexpr bool multipliersMatch() {
 }
 static_assert(multipliersMatch(), "the vqdmulh multipliers must reproduce every table entry");
 
-inline int16x8_t s16(uint16x8_t v) { return vreinterpretq_s16_u16(v); }
+// The multipliers in the lanes of d registers, for vqdmulh by lane: a
+// by-scalar multiply takes its scalar from d0..d7, and one register per
+// constant would crowd that out.
+struct InverseK {
+  int16x4_t a, b;  // a: Y, RV, GV, GU; b: BU
+};
+struct ForwardK {
+  int16x4_t a, b;  // a: YR, YG, YB, UR; b: UG, UB, VG, VB
+};
+alignas(8) constexpr int16_t kInverse[8] = {kQY, kQRV, kQGV, kQGU, kQBU, 0, 0, 0};
+alignas(8) constexpr int16_t kForward[8] = {kQYR, kQYG, kQYB, kQUR, kQUG, kQUB, kQVG, kQVB};
+
+OV_INLINE InverseK inverseK() { return {vld1_s16(kInverse), vld1_s16(kInverse + 4)}; }
+OV_INLINE ForwardK forwardK() { return {vld1_s16(kForward), vld1_s16(kForward + 4)}; }
+
+OV_INLINE int16x8_t s16(uint16x8_t v) { return vreinterpretq_s16_u16(v); }
 
 // x plus 1 in every lane where s is negative (its sign bit, shifted down).
-inline int16x8_t plusNegative(int16x8_t x, int16x8_t s) {
+OV_INLINE int16x8_t plusNegative(int16x8_t x, int16x8_t s) {
   return s16(vsraq_n_u16(vreinterpretq_u16_s16(x), vreinterpretq_u16_s16(s), 15));
 }
 
@@ -56,23 +75,24 @@ struct ChromaTerms {
   int16x8_t rv, gvu, bu;
 };
 
-inline ChromaTerms chromaTerms(uint8x8_t u, uint8x8_t v) {
+OV_INLINE ChromaTerms chromaTerms(uint8x8_t u, uint8x8_t v, const InverseK& k) {
   const uint8x8_t k128 = vdup_n_u8(128);
   const int16x8_t ux = s16(vsubl_u8(u, k128)), vx = s16(vsubl_u8(v, k128));
   ChromaTerms t;
-  t.rv = plusNegative(vaddq_s16(vx, vqdmulhq_n_s16(vx, kQRV)), vx);
-  t.gvu = plusNegative(plusNegative(vaddq_s16(vqdmulhq_n_s16(vx, kQGV), vqdmulhq_n_s16(ux, kQGU)), vx), ux);
-  t.bu = plusNegative(vaddq_s16(vaddq_s16(ux, ux), vqdmulhq_n_s16(ux, kQBU)), ux);
+  t.rv = plusNegative(vaddq_s16(vx, vqdmulhq_lane_s16(vx, k.a, 1)), vx);
+  t.gvu = plusNegative(
+      plusNegative(vaddq_s16(vqdmulhq_lane_s16(vx, k.a, 2), vqdmulhq_lane_s16(ux, k.a, 3)), vx), ux);
+  t.bu = plusNegative(vaddq_s16(vaddq_s16(ux, ux), vqdmulhq_lane_s16(ux, k.b, 0)), ux);
   return t;
 }
 
-inline int16x8_t lumaTerm(uint8x8_t y) {
+OV_INLINE int16x8_t lumaTerm(uint8x8_t y, const InverseK& k) {
   const int16x8_t x = s16(vsubl_u8(y, vdup_n_u8(16)));
-  return plusNegative(vaddq_s16(x, vqdmulhq_n_s16(x, kQY)), x);
+  return plusNegative(vaddq_s16(x, vqdmulhq_lane_s16(x, k.a, 0)), x);
 }
 
 // Eight pixels, clamped to 0..255, as R, G and B planes.
-inline uint8x8x3_t pixels8(int16x8_t l, int16x8_t rv, int16x8_t gvu, int16x8_t bu) {
+OV_INLINE uint8x8x3_t pixels8(int16x8_t l, int16x8_t rv, int16x8_t gvu, int16x8_t bu) {
   uint8x8x3_t p;
   p.val[0] = vqmovun_s16(vaddq_s16(l, rv));
   p.val[1] = vqmovun_s16(vsubq_s16(l, gvu));
@@ -80,76 +100,92 @@ inline uint8x8x3_t pixels8(int16x8_t l, int16x8_t rv, int16x8_t gvu, int16x8_t b
   return p;
 }
 
-// Each lane of t four times: out[k] holds lanes 2k and 2k + 1.
-inline void spread4(int16x8_t t, int16x8_t out[4]) {
-  const int16x8x2_t two = vzipq_s16(t, t);
-  const int16x8x2_t lo = vzipq_s16(two.val[0], two.val[0]), hi = vzipq_s16(two.val[1], two.val[1]);
-  out[0] = lo.val[0];
-  out[1] = lo.val[1];
-  out[2] = hi.val[0];
-  out[3] = hi.val[1];
+// 8 pixels (two quads) from 8 luma bytes and the chroma terms of lanes kLane
+// and kLane + 1, each spread over its quad.
+template <int kLane>
+OV_INLINE void storeTwoQuads(const uint8_t* y, int16x4_t rv, int16x4_t gvu, int16x4_t bu, const InverseK& k,
+                             uint8_t* rgb) {
+  const int16x8_t r = vcombine_s16(vdup_lane_s16(rv, kLane), vdup_lane_s16(rv, kLane + 1));
+  const int16x8_t g = vcombine_s16(vdup_lane_s16(gvu, kLane), vdup_lane_s16(gvu, kLane + 1));
+  const int16x8_t b = vcombine_s16(vdup_lane_s16(bu, kLane), vdup_lane_s16(bu, kLane + 1));
+  vst3_u8(rgb, pixels8(lumaTerm(vld1_u8(y), k), r, g, b));
 }
 
 // 32 pixels from 32 luma bytes and the terms of 8 chroma pairs, one per quad.
-inline void storeQuads32(const uint8_t* y, const ChromaTerms& c, uint8_t* rgb) {
-  int16x8_t rv[4], gvu[4], bu[4];
-  spread4(c.rv, rv);
-  spread4(c.gvu, gvu);
-  spread4(c.bu, bu);
-  for (int k = 0; k < 4; ++k)
-    vst3_u8(rgb + 24 * k, pixels8(lumaTerm(vld1_u8(y + 8 * k)), rv[k], gvu[k], bu[k]));
+OV_INLINE void storeQuads32(const uint8_t* y, const ChromaTerms& c, const InverseK& k, uint8_t* rgb) {
+  const int16x4_t r0 = vget_low_s16(c.rv), g0 = vget_low_s16(c.gvu), b0 = vget_low_s16(c.bu);
+  const int16x4_t r1 = vget_high_s16(c.rv), g1 = vget_high_s16(c.gvu), b1 = vget_high_s16(c.bu);
+  storeTwoQuads<0>(y, r0, g0, b0, k, rgb);
+  storeTwoQuads<2>(y + 8, r0, g0, b0, k, rgb + 24);
+  storeTwoQuads<0>(y + 16, r1, g1, b1, k, rgb + 48);
+  storeTwoQuads<2>(y + 24, r1, g1, b1, k, rgb + 72);
 }
 
 struct ForwardTerms {
   int16x8_t y, u, v;  // y with its +16; u and v before their rounding
 };
 
-inline ForwardTerms forwardTerms(uint8x8_t r8, uint8x8_t g8, uint8x8_t b8) {
+OV_INLINE ForwardTerms forwardTerms(uint8x8_t r8, uint8x8_t g8, uint8x8_t b8, const ForwardK& k) {
   const int16x8_t r = s16(vmovl_u8(r8)), g = s16(vmovl_u8(g8)), b = s16(vmovl_u8(b8));
   ForwardTerms f;
-  f.y = vaddq_s16(vaddq_s16(vqdmulhq_n_s16(r, kQYR), vqdmulhq_n_s16(g, kQYG)),
-                  vaddq_s16(vqdmulhq_n_s16(b, kQYB), vdupq_n_s16(16)));
-  f.u = vsubq_s16(vqdmulhq_n_s16(b, kQUB), vaddq_s16(vqdmulhq_n_s16(r, kQUR), vqdmulhq_n_s16(g, kQUG)));
-  f.v = vsubq_s16(vqdmulhq_n_s16(r, kQUB), vaddq_s16(vqdmulhq_n_s16(g, kQVG), vqdmulhq_n_s16(b, kQVB)));
+  f.y = vaddq_s16(vaddq_s16(vqdmulhq_lane_s16(r, k.a, 0), vqdmulhq_lane_s16(g, k.a, 1)),
+                  vaddq_s16(vqdmulhq_lane_s16(b, k.a, 2), vdupq_n_s16(16)));
+  f.u = vsubq_s16(vqdmulhq_lane_s16(b, k.b, 1),
+                  vaddq_s16(vqdmulhq_lane_s16(r, k.a, 3), vqdmulhq_lane_s16(g, k.b, 0)));
+  f.v = vsubq_s16(vqdmulhq_lane_s16(r, k.b, 1),
+                  vaddq_s16(vqdmulhq_lane_s16(g, k.b, 2), vqdmulhq_lane_s16(b, k.b, 3)));
   return f;
 }
 
-inline uint8x8_t lowBytes(int16x8_t v) { return vmovn_u16(vreinterpretq_u16_s16(v)); }
+OV_INLINE uint8x8_t lowBytes(int16x8_t v) { return vmovn_u16(vreinterpretq_u16_s16(v)); }
 
-// Terms of the even and of the odd pixels among 16 RGB pixels (48 bytes).
-inline void forwardPairs(const uint8_t* rgb, ForwardTerms& even, ForwardTerms& odd) {
+// Eight pixel pairs: the luma bytes of the even and the odd pixels, and per
+// pair the sums of its two U and two V terms.
+struct PairTerms {
+  uint8x8_t yEven, yOdd;
+  int16x8_t u, v;
+};
+
+OV_INLINE PairTerms forwardPairs(const uint8_t* rgb, const ForwardK& k) {
   const uint8x16x3_t p = vld3q_u8(rgb);
   const uint8x8x2_t r = vuzp_u8(vget_low_u8(p.val[0]), vget_high_u8(p.val[0]));
   const uint8x8x2_t g = vuzp_u8(vget_low_u8(p.val[1]), vget_high_u8(p.val[1]));
   const uint8x8x2_t b = vuzp_u8(vget_low_u8(p.val[2]), vget_high_u8(p.val[2]));
-  even = forwardTerms(r.val[0], g.val[0], b.val[0]);
-  odd = forwardTerms(r.val[1], g.val[1], b.val[1]);
+  const ForwardTerms e = forwardTerms(r.val[0], g.val[0], b.val[0], k);
+  const ForwardTerms o = forwardTerms(r.val[1], g.val[1], b.val[1], k);
+  return {lowBytes(e.y), lowBytes(o.y), vaddq_s16(e.u, o.u), vaddq_s16(e.v, o.v)};
+}
+
+// The chroma byte of a sum of 2^kShift terms: (s + 128 * 2^kShift) >> kShift
+// = (s >> kShift) + 128, as a byte.
+template <int kShift>
+OV_INLINE uint8x8_t chromaByte(int16x8_t s) {
+  return vadd_u8(vreinterpret_u8_s8(vshrn_n_s16(s, kShift)), vdup_n_u8(128));
 }
 
 template <int U>
 int nvQuadToRGB(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int quads) {
+  const InverseK k = inverseK();
   int done = 0;
   for (; done + 8 <= quads; done += 8, y += 32, chroma += 16, rgb += 96) {
     const uint8x8x2_t c = vld2_u8(chroma);
-    storeQuads32(y, chromaTerms(c.val[U], c.val[1 - U]), rgb);
+    storeQuads32(y, chromaTerms(c.val[U], c.val[1 - U], k), k, rgb);
   }
   return done;
 }
 
 template <int U>
 int packed422ToRGB(const uint8_t* src, uint8_t* rgb, int pairs) {
+  const InverseK k = inverseK();
   int done = 0;
   for (; done + 8 <= pairs; done += 8, src += 32, rgb += 48) {
     const uint8x8x4_t s = vld4_u8(src);  // Y0, byte 1, Y1, byte 3 of 8 pairs
-    const ChromaTerms c = chromaTerms(s.val[U], s.val[4 - U]);
-    const uint8x8x3_t p0 = pixels8(lumaTerm(s.val[0]), c.rv, c.gvu, c.bu);
-    const uint8x8x3_t p1 = pixels8(lumaTerm(s.val[2]), c.rv, c.gvu, c.bu);
-    uint8x8x3_t lo, hi;
-    for (int ch = 0; ch < 3; ++ch) {
-      const uint8x8x2_t z = vzip_u8(p0.val[ch], p1.val[ch]);
-      lo.val[ch] = z.val[0];
-      hi.val[ch] = z.val[1];
-    }
+    const ChromaTerms c = chromaTerms(s.val[U], s.val[4 - U], k);
+    const uint8x8x3_t p0 = pixels8(lumaTerm(s.val[0], k), c.rv, c.gvu, c.bu);
+    const uint8x8x3_t p1 = pixels8(lumaTerm(s.val[2], k), c.rv, c.gvu, c.bu);
+    const uint8x8x2_t r = vzip_u8(p0.val[0], p1.val[0]), g = vzip_u8(p0.val[1], p1.val[1]),
+                      b = vzip_u8(p0.val[2], p1.val[2]);
+    const uint8x8x3_t lo = {{r.val[0], g.val[0], b.val[0]}}, hi = {{r.val[1], g.val[1], b.val[1]}};
     vst3_u8(rgb, lo);
     vst3_u8(rgb + 24, hi);
   }
@@ -158,19 +194,15 @@ int packed422ToRGB(const uint8_t* src, uint8_t* rgb, int pairs) {
 
 template <int U>
 int rgbToPacked422(const uint8_t* rgb, uint8_t* dst, int pairs) {
-  const uint8x8_t k128 = vdup_n_u8(128);
+  const ForwardK k = forwardK();
   int done = 0;
   for (; done + 8 <= pairs; done += 8, rgb += 48, dst += 32) {
-    ForwardTerms e, o;
-    forwardPairs(rgb, e, o);
-    // (a + b + 256) >> 1 = ((a + b) >> 1) + 128, taken as a byte.
-    const uint8x8_t u = vadd_u8(lowBytes(vhaddq_s16(e.u, o.u)), k128);
-    const uint8x8_t v = vadd_u8(lowBytes(vhaddq_s16(e.v, o.v)), k128);
+    const PairTerms p = forwardPairs(rgb, k);
     uint8x8x4_t out;
-    out.val[0] = lowBytes(e.y);
-    out.val[2] = lowBytes(o.y);
-    out.val[U] = u;
-    out.val[4 - U] = v;
+    out.val[0] = p.yEven;
+    out.val[2] = p.yOdd;
+    out.val[U] = chromaByte<1>(p.u);
+    out.val[4 - U] = chromaByte<1>(p.v);
     vst4_u8(dst, out);
   }
   return done;
@@ -179,25 +211,16 @@ int rgbToPacked422(const uint8_t* rgb, uint8_t* dst, int pairs) {
 template <int U>
 int rgbToNVBlocks(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1, uint8_t* chroma,
                   int blocks) {
-  const uint8x8_t k128 = vdup_n_u8(128);
+  const ForwardK k = forwardK();
   int done = 0;
   for (; done + 8 <= blocks; done += 8, rgb0 += 48, rgb1 += 48, y0 += 16, y1 += 16, chroma += 16) {
-    ForwardTerms e0, o0, e1, o1;
-    forwardPairs(rgb0, e0, o0);
-    forwardPairs(rgb1, e1, o1);
-    uint8x8x2_t luma;
-    luma.val[0] = lowBytes(e0.y);
-    luma.val[1] = lowBytes(o0.y);
-    vst2_u8(y0, luma);
-    luma.val[0] = lowBytes(e1.y);
-    luma.val[1] = lowBytes(o1.y);
-    vst2_u8(y1, luma);
-    // (s + 512) >> 2 = (s >> 2) + 128, taken as a byte.
-    const int16x8_t us = vaddq_s16(vaddq_s16(e0.u, o0.u), vaddq_s16(e1.u, o1.u));
-    const int16x8_t vs = vaddq_s16(vaddq_s16(e0.v, o0.v), vaddq_s16(e1.v, o1.v));
+    const PairTerms a = forwardPairs(rgb0, k);
+    vst2_u8(y0, (uint8x8x2_t{{a.yEven, a.yOdd}}));
+    const PairTerms b = forwardPairs(rgb1, k);
+    vst2_u8(y1, (uint8x8x2_t{{b.yEven, b.yOdd}}));
     uint8x8x2_t c;
-    c.val[U] = vadd_u8(vreinterpret_u8_s8(vshrn_n_s16(us, 2)), k128);
-    c.val[1 - U] = vadd_u8(vreinterpret_u8_s8(vshrn_n_s16(vs, 2)), k128);
+    c.val[U] = chromaByte<2>(vaddq_s16(a.u, b.u));
+    c.val[1 - U] = chromaByte<2>(vaddq_s16(a.v, b.v));
     vst2_u8(chroma, c);
   }
   return done;
@@ -210,9 +233,10 @@ int NVQuadToRGBRow_NEON(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, i
 }
 
 int I420QuadToRGBRow_NEON(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, int quads) {
+  const InverseK k = inverseK();
   int done = 0;
   for (; done + 8 <= quads; done += 8, y += 32, u += 8, v += 8, rgb += 96)
-    storeQuads32(y, chromaTerms(vld1_u8(u), vld1_u8(v)), rgb);
+    storeQuads32(y, chromaTerms(vld1_u8(u), vld1_u8(v), k), k, rgb);
   return done;
 }
 

@@ -15,19 +15,16 @@
 namespace supercapture {
 namespace {
 
-struct Halves {
-  uint16x8_t lo, hi;  // bytes 0..7 and 8..15 in 16-bit lanes
+// Sixteen bytes in four vectors of four 32-bit lanes, in order.
+struct Wide {
+  uint32x4_t v[4];
 };
 
-inline Halves widen16(const uint8_t* p) {
+inline Wide widen16(const uint8_t* p) {
   const uint8x16_t b = vld1q_u8(p);
-  return {vmovl_u8(vget_low_u8(b)), vmovl_u8(vget_high_u8(b))};
-}
-
-// Lanes 4k..4k+3 of the sixteen bytes in 32-bit lanes.
-inline int32x4_t quarter(const Halves& h, int k) {
-  const uint16x8_t v = k < 2 ? h.lo : h.hi;
-  return vreinterpretq_s32_u32(vmovl_u16((k & 1) == 0 ? vget_low_u16(v) : vget_high_u16(v)));
+  const uint16x8_t lo = vmovl_u8(vget_low_u8(b)), hi = vmovl_u8(vget_high_u8(b));
+  return {{vmovl_u16(vget_low_u16(lo)), vmovl_u16(vget_high_u16(lo)), vmovl_u16(vget_low_u16(hi)),
+           vmovl_u16(vget_high_u16(hi))}};
 }
 
 // The low bytes of sixteen 32-bit lanes, in order.
@@ -42,10 +39,11 @@ inline void narrow16(uint8_t* p, const uint32x4_t v[4]) {
 size_t mergeMax_NEON(int32_t* acc, const uint8_t* src, size_t n) {
   size_t i = 0;
   for (; i + 16 <= n; i += 16) {
-    const Halves s = widen16(src + i);
+    const Wide s = widen16(src + i);
+#pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) {
       int32_t* a = acc + i + 4 * k;
-      vst1q_s32(a, vmaxq_s32(vld1q_s32(a), quarter(s, k)));
+      vst1q_s32(a, vmaxq_s32(vld1q_s32(a), vreinterpretq_s32_u32(s.v[k])));
     }
   }
   return i;
@@ -54,8 +52,9 @@ size_t mergeMax_NEON(int32_t* acc, const uint8_t* src, size_t n) {
 size_t mergeCopy_NEON(int32_t* acc, const uint8_t* src, size_t n) {
   size_t i = 0;
   for (; i + 16 <= n; i += 16) {
-    const Halves s = widen16(src + i);
-    for (int k = 0; k < 4; ++k) vst1q_s32(acc + i + 4 * k, quarter(s, k));
+    const Wide s = widen16(src + i);
+#pragma GCC unroll 4
+    for (int k = 0; k < 4; ++k) vst1q_u32(reinterpret_cast<uint32_t*>(acc + i + 4 * k), s.v[k]);
   }
   return i;
 }
@@ -63,12 +62,15 @@ size_t mergeCopy_NEON(int32_t* acc, const uint8_t* src, size_t n) {
 size_t mergeAdd_NEON(int32_t* acc, const uint8_t* src, size_t n) {
   size_t i = 0;
   for (; i + 16 <= n; i += 16) {
-    const Halves s = widen16(src + i);
     // Unsigned lanes wrap; vaddw widens the 16-bit source lanes on the way.
+    const uint8x16_t b = vld1q_u8(src + i);
+    const uint16x4_t q[4] = {vget_low_u16(vmovl_u8(vget_low_u8(b))), vget_high_u16(vmovl_u8(vget_low_u8(b))),
+                             vget_low_u16(vmovl_u8(vget_high_u8(b))),
+                             vget_high_u16(vmovl_u8(vget_high_u8(b)))};
+#pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) {
       uint32_t* a = reinterpret_cast<uint32_t*>(acc + i + 4 * k);
-      const uint16x8_t v = k < 2 ? s.lo : s.hi;
-      vst1q_u32(a, vaddw_u16(vld1q_u32(a), (k & 1) == 0 ? vget_low_u16(v) : vget_high_u16(v)));
+      vst1q_u32(a, vaddw_u16(vld1q_u32(a), q[k]));
     }
   }
   return i;
@@ -98,6 +100,7 @@ size_t resultMean_NEON(uint8_t* dst, const int32_t* acc, size_t n, int32_t count
   size_t i = 0;
   for (; i + 16 <= n; i += 16) {
     uint32x4_t v[4];
+#pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) {
       const int32x4_t a = vmaxq_s32(vld1q_s32(acc + i + 4 * k), zero);
       uint32x4_t q = vminq_u32(vcvtq_u32_f32(vmulq_f32(vcvtq_f32_s32(a), reciprocal)), cap);
