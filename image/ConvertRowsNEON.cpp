@@ -100,25 +100,27 @@ OV_INLINE uint8x8x3_t pixels8(int16x8_t l, int16x8_t rv, int16x8_t gvu, int16x8_
   return p;
 }
 
-// 8 pixels (two quads) from 8 luma bytes and the chroma terms of lanes kLane
-// and kLane + 1, each spread over its quad.
-template <int kLane>
-OV_INLINE void storeTwoQuads(const uint8_t* y, int16x4_t rv, int16x4_t gvu, int16x4_t bu, const InverseK& k,
-                             uint8_t* rgb) {
-  const int16x8_t r = vcombine_s16(vdup_lane_s16(rv, kLane), vdup_lane_s16(rv, kLane + 1));
-  const int16x8_t g = vcombine_s16(vdup_lane_s16(gvu, kLane), vdup_lane_s16(gvu, kLane + 1));
-  const int16x8_t b = vcombine_s16(vdup_lane_s16(bu, kLane), vdup_lane_s16(bu, kLane + 1));
-  vst3_u8(rgb, pixels8(lumaTerm(vld1_u8(y), k), r, g, b));
-}
-
-// 32 pixels from 32 luma bytes and the terms of 8 chroma pairs, one per quad.
+// 32 pixels from 32 luma bytes and the terms of 8 chroma pairs, one per
+// quad. vld4 puts pixel k of every quad in plane k, lane for lane with the
+// chroma terms; zips put the planes back in pixel order.
 OV_INLINE void storeQuads32(const uint8_t* y, const ChromaTerms& c, const InverseK& k, uint8_t* rgb) {
-  const int16x4_t r0 = vget_low_s16(c.rv), g0 = vget_low_s16(c.gvu), b0 = vget_low_s16(c.bu);
-  const int16x4_t r1 = vget_high_s16(c.rv), g1 = vget_high_s16(c.gvu), b1 = vget_high_s16(c.bu);
-  storeTwoQuads<0>(y, r0, g0, b0, k, rgb);
-  storeTwoQuads<2>(y + 8, r0, g0, b0, k, rgb + 24);
-  storeTwoQuads<0>(y + 16, r1, g1, b1, k, rgb + 48);
-  storeTwoQuads<2>(y + 24, r1, g1, b1, k, rgb + 72);
+  const uint8x8x4_t l = vld4_u8(y);
+  uint8x8x3_t p[4];
+#pragma GCC unroll 4
+  for (int j = 0; j < 4; ++j) p[j] = pixels8(lumaTerm(l.val[j], k), c.rv, c.gvu, c.bu);
+  uint8x8x3_t out[4];
+#pragma GCC unroll 3
+  for (int ch = 0; ch < 3; ++ch) {
+    const uint8x8x2_t a = vzip_u8(p[0].val[ch], p[1].val[ch]), b = vzip_u8(p[2].val[ch], p[3].val[ch]);
+    const uint16x4x2_t lo = vzip_u16(vreinterpret_u16_u8(a.val[0]), vreinterpret_u16_u8(b.val[0]));
+    const uint16x4x2_t hi = vzip_u16(vreinterpret_u16_u8(a.val[1]), vreinterpret_u16_u8(b.val[1]));
+    out[0].val[ch] = vreinterpret_u8_u16(lo.val[0]);
+    out[1].val[ch] = vreinterpret_u8_u16(lo.val[1]);
+    out[2].val[ch] = vreinterpret_u8_u16(hi.val[0]);
+    out[3].val[ch] = vreinterpret_u8_u16(hi.val[1]);
+  }
+#pragma GCC unroll 4
+  for (int j = 0; j < 4; ++j) vst3_u8(rgb + 24 * j, out[j]);
 }
 
 struct ForwardTerms {

@@ -27,8 +27,8 @@ executed() {
     END { printf "%d\n", total }' "$WORK/log"
 }
 
-SMALL=4096
-LARGE=69632
+SMALL=2048
+LARGE=18432
 KERNELS=${*:-nv21-rgb i420-rgb yuyv-rgb rgb-yuyv rgb-nv21 nv21-yv12 merge-max merge-copy merge-add \
   result-lowbits result-mean stack-blur}
 printf '%-16s %10s %10s %8s\n' kernel C NEON ratio
