@@ -6,12 +6,13 @@
 # instruction count, taken at two sizes, gives the cost per unit without the
 # fixed start-up cost. Needs g++-arm-linux-gnueabihf and qemu-user-static.
 #   bench/arm/count-instructions.sh [KERNEL...]
+# ARM_CXX picks the compiler, e.g. ARM_CXX="clang++ --target=arm-linux-gnueabihf".
 set -eu
 ROOT=$(cd "$(dirname "$0")/../.." && pwd)
 WORK=$(mktemp -d)
 trap 'rm -rf "$WORK"' EXIT INT TERM
 
-arm-linux-gnueabihf-g++ -std=c++17 -O2 -march=armv7-a -mfpu=neon -mfloat-abi=hard -static -I"$ROOT" \
+${ARM_CXX:-arm-linux-gnueabihf-g++} -std=c++17 -O2 -march=armv7-a -mfpu=neon -mfloat-abi=hard -static -I"$ROOT" \
   -o "$WORK/count" "$ROOT/bench/arm/count_kernels.cpp" "$ROOT/image/ConvertRows.cpp" \
   "$ROOT/image/ConvertRowsNEON.cpp" "$ROOT/supercapture/MergeKernels.cpp" \
   "$ROOT/supercapture/MergeKernelsNEON.cpp" "$ROOT/imgproc/StackBlur.cpp" "$ROOT/imgproc/StackBlurTables.cpp"
