@@ -9,9 +9,10 @@ using namespace convert_row;
 
 namespace {
 
-// The one dispatch point: a hand-written SIMD kernel where the processor has
-// one, else the portable kernel; either does whole blocks and the C (table)
+// The one dispatch point: NEON on ARM; on x86 SSSE3 where the processor has
+// it; else the portable kernel. Each does whole blocks and the C (table)
 // kernel finishes the row.
+#if !OV_HAVE_NEON_ROWS
 bool simd() {
 #if OV_HAVE_SSSE3_ROWS
   return HasSSSE3();
@@ -19,28 +20,39 @@ bool simd() {
   return false;
 #endif
 }
+#endif
 
 void nvToRGB(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int quads, int uOffset) {
+#if OV_HAVE_NEON_ROWS
+  const int done = NVQuadToRGBRow_NEON(y, chroma, rgb, quads, uOffset);
+#else
   int done = 0;
 #if OV_HAVE_SSSE3_ROWS
   if (simd()) done = NVQuadToRGBRow_SSSE3(y, chroma, rgb, quads, uOffset);
 #endif
   if (!simd()) done = NVQuadToRGBRow_Portable(y, chroma, rgb, quads, uOffset);
+#endif
   NVQuadToRGBRow_C(y + 4 * done, chroma + 2 * done, rgb + 12 * done, quads - done, uOffset);
 }
 
 void packed422ToRGB(const uint8_t* src, uint8_t* rgb, int pairs, int uOffset, int vOffset) {
+#if OV_HAVE_NEON_ROWS
+  const int done = Packed422ToRGBRow_NEON(src, rgb, pairs, uOffset);
+#else
   int done = 0;
 #if OV_HAVE_SSSE3_ROWS
   if (simd()) done = Packed422ToRGBRow_SSSE3(src, rgb, pairs, uOffset);
 #endif
   if (!simd()) done = Packed422ToRGBRow_Portable(src, rgb, pairs, uOffset);
+#endif
   Packed422ToRGBRow_C(src + 4 * done, rgb + 6 * done, pairs - done, uOffset, vOffset);
 }
 
 void i420ToRGB(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, int quads) {
   int done = 0;
-#if OV_HAVE_SSSE3_ROWS
+#if OV_HAVE_NEON_ROWS
+  done = I420QuadToRGBRow_NEON(y, u, v, rgb, quads);
+#elif OV_HAVE_SSSE3_ROWS
   if (simd()) done = I420QuadToRGBRow_SSSE3(y, u, v, rgb, quads);
 #endif
   I420QuadToRGBRow_C(y + 4 * done, u + done, v + done, rgb + 12 * done, quads - done);
@@ -48,7 +60,9 @@ void i420ToRGB(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rg
 
 void rgbToPacked422(const uint8_t* rgb, uint8_t* dst, int pairs, int uOffset, int vOffset) {
   int done = 0;
-#if OV_HAVE_SSSE3_ROWS
+#if OV_HAVE_NEON_ROWS
+  done = RGBToPacked422Row_NEON(rgb, dst, pairs, uOffset);
+#elif OV_HAVE_SSSE3_ROWS
   if (simd()) done = RGBToPacked422Row_SSSE3(rgb, dst, pairs, uOffset);
 #endif
   RGBToPacked422Row_C(rgb + 6 * done, dst + 4 * done, pairs - done, uOffset, vOffset);
@@ -56,11 +70,15 @@ void rgbToPacked422(const uint8_t* rgb, uint8_t* dst, int pairs, int uOffset, in
 
 void rgbToNVBlocks(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1, uint8_t* chroma,
                    int blocks, int uOffset) {
+#if OV_HAVE_NEON_ROWS
+  const int done = RGBToNVBlockRow_NEON(rgb0, rgb1, y0, y1, chroma, blocks, uOffset);
+#else
   int done = 0;
 #if OV_HAVE_SSSE3_ROWS
   if (simd()) done = RGBToNVBlockRow_SSSE3(rgb0, rgb1, y0, y1, chroma, blocks, uOffset);
 #endif
   if (!simd()) done = RGBToNVBlockRow_Portable(rgb0, rgb1, y0, y1, chroma, blocks, uOffset);
+#endif
   RGBToNVBlockRow_C(rgb0 + 6 * done, rgb1 + 6 * done, y0 + 2 * done, y1 + 2 * done, chroma + 2 * done,
                     blocks - done, uOffset);
 }
@@ -223,10 +241,14 @@ void repackToYV12(const unsigned char* src, unsigned char* dst, int width, int h
   const unsigned char* pairs = src + n;
   unsigned char* vPlane = dst + n;
   unsigned char* uPlane = dst + n + quarter;  // (N*5)/4 without the wrap
-  for (int i = 0; i < quarter; ++i) {
-    uPlane[i] = pairs[2 * i + uOffset];
-    vPlane[i] = pairs[2 * i + 1 - uOffset];
-  }
+  unsigned char* first = uOffset == 0 ? uPlane : vPlane;
+  unsigned char* second = uOffset == 0 ? vPlane : uPlane;
+#if OV_HAVE_NEON_ROWS
+  const int done = SplitPairsRow_NEON(pairs, first, second, quarter);
+#else
+  const int done = 0;
+#endif
+  SplitPairsRow_C(pairs + 2 * done, first + done, second + done, quarter - done);
 }
 }  // namespace
 

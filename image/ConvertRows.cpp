@@ -141,4 +141,11 @@ void RGBToNVBlockRow_C(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, ui
   }
 }
 
+void SplitPairsRow_C(const uint8_t* pairs, uint8_t* first, uint8_t* second, int n) {
+  for (int i = 0; i < n; ++i, pairs += 2) {
+    first[i] = pairs[0];
+    second[i] = pairs[1];
+  }
+}
+
 }  // namespace convert_row

@@ -99,6 +99,8 @@ void NVQuadToRGBRow_C(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int
 // 2x2 blocks over two rows: rgb0/rgb1 and y0/y1 are the two rows.
 void RGBToNVBlockRow_C(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1, uint8_t* chroma,
                        int blocks, int uOffset);
+// n byte pairs apart: byte 0 of each to first, byte 1 to second.
+void SplitPairsRow_C(const uint8_t* pairs, uint8_t* first, uint8_t* second, int n);
 
 // Portable kernels (image/ConvertRowsPortable.cpp): table-free arithmetic
 // that compilers vectorise; bit-identical to the C kernels. Each does whole
@@ -124,6 +126,23 @@ int RGBToNVBlockRow_SSSE3(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0,
                           int blocks, int uOffset);
 #else
 #define OV_HAVE_SSSE3_ROWS 0
+#endif
+
+// NEON kernels (image/ConvertRowsNEON.cpp; on ARM, and on x86 through SIMDe
+// for the tests only): bit-identical to the C kernels. Each does whole blocks
+// of 8 groups (16 pairs for SplitPairsRow) and returns how many it did.
+#if defined(__ARM_NEON) || defined(__ARM_NEON__) || defined(OV_NEON_VIA_SIMDE)
+#define OV_HAVE_NEON_ROWS 1
+int NVQuadToRGBRow_NEON(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int quads, int uOffset);
+int I420QuadToRGBRow_NEON(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* rgb, int quads);
+// uOffset 1 for YUYV, 3 for YVYU.
+int Packed422ToRGBRow_NEON(const uint8_t* src, uint8_t* rgb, int pairs, int uOffset);
+int RGBToPacked422Row_NEON(const uint8_t* rgb, uint8_t* dst, int pairs, int uOffset);
+int RGBToNVBlockRow_NEON(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1, uint8_t* chroma,
+                         int blocks, int uOffset);
+int SplitPairsRow_NEON(const uint8_t* pairs, uint8_t* first, uint8_t* second, int n);
+#else
+#define OV_HAVE_NEON_ROWS 0
 #endif
 
 }  // namespace convert_row

@@ -139,6 +139,7 @@ void blurRows(unsigned char* first, size_t stride, int count, int radius, uint32
   for (int x = 0; x < count; ++x) {
     walk.step();
     const int start = walk.start, next = walk.next, xp = walk.ahead;
+#pragma GCC unroll 4
     for (int k = 0; k < kRows; ++k) {
       const uint32x4_t out = scale<kShr>(sum[k], mul);
       unsigned char* d = row[k] + 4 * x;
@@ -206,11 +207,13 @@ void blurStrip(unsigned char* col, int height, size_t stride, int radius, uint32
     const int ahead = yp + kPrefetchRows < last ? yp + kPrefetchRows : last;
     __builtin_prefetch(col + (size_t)ahead * stride);
     __builtin_prefetch(col + (size_t)ahead * stride + kStrip * 4 - 1);
+#pragma GCC unroll 4
     for (int c = 0; c < kChunks; ++c) {
       // Row yp is read before row y is written; they coincide only at the
       // last row, whose updated sums are not used again.
       const uint8x16_t in = vld1q_u8(src + 16 * c);
       uint32x4_t out[4];
+#pragma GCC unroll 4
       for (int j = 0; j < 4; ++j) out[j] = scale<kShr>(sum[c][j], mul);
       vst1q_u8(dst + 16 * c, vbslq_u8(colour, narrow(out), vld1q_u8(dst + 16 * c)));
 
@@ -220,6 +223,7 @@ void blurStrip(unsigned char* col, int height, size_t stride, int radius, uint32
       ring[start][c] = in;
       // Read after the write: with radius 0 start and next are the same entry.
       widen(ring[next][c], entering);
+#pragma GCC unroll 4
       for (int j = 0; j < 4; ++j) {
         const uint32x4_t si = vaddq_u32(sumIn[c][j], p[j]);
         sum[c][j] = vaddq_u32(vsubq_u32(sum[c][j], sumOut[c][j]), si);

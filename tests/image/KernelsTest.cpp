@@ -1,29 +1,43 @@
-// The fast kernels against the table C kernels over every (Y, U, V) and every
-// (R, G, B): the portable kernels as built here (and on x86 as a compiler with
-// byte shuffles builds them, the code NEON targets run), and the exported
-// converters with whatever SIMD path the processor picks. Each run ends in a
-// partial block, which the fast kernel leaves to the C kernel.
+// Every build of the block kernels (portable, SSSE3, NEON) against the table C
+// kernels over every (Y, U, V) and every (R, G, B), plus the exported
+// converters with whatever kernel this processor gets. Each run ends in a
+// partial block, which the block kernel leaves to the C kernel.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
-#include "PortableBuilds.h"
+#include "KernelBuilds.h"
 #include "image/ColorConvert.h"
 #include "image/ConvertRows.h"
 
 using namespace convert_row;
 
 #if OV_TEST_SHUFFLE_BUILD
-PortableBuild shuffleBuild();
+KernelBuild shuffleBuild();
+#endif
+#if OV_TEST_NEON_SIMDE_BUILD
+KernelBuild neonSimdeBuild();
 #endif
 
-std::vector<PortableBuild> portableBuilds() {
-  std::vector<PortableBuild> builds = {
-      {"default build", &NVQuadToRGBRow_Portable, &Packed422ToRGBRow_Portable, &RGBToNVBlockRow_Portable}};
+std::vector<KernelBuild> kernelBuilds() {
+  std::vector<KernelBuild> builds = {{"portable build", &NVQuadToRGBRow_Portable, nullptr,
+                                      &Packed422ToRGBRow_Portable, nullptr, &RGBToNVBlockRow_Portable,
+                                      nullptr}};
 #if OV_TEST_SHUFFLE_BUILD
   if (__builtin_cpu_supports("ssse3")) builds.push_back(shuffleBuild());
+#endif
+#if OV_HAVE_SSSE3_ROWS
+  if (HasSSSE3())
+    builds.push_back({"SSSE3", &NVQuadToRGBRow_SSSE3, &I420QuadToRGBRow_SSSE3, &Packed422ToRGBRow_SSSE3,
+                      &RGBToPacked422Row_SSSE3, &RGBToNVBlockRow_SSSE3, nullptr});
+#endif
+#if OV_HAVE_NEON_ROWS
+  builds.push_back({"NEON", &NVQuadToRGBRow_NEON, &I420QuadToRGBRow_NEON, &Packed422ToRGBRow_NEON,
+                    &RGBToPacked422Row_NEON, &RGBToNVBlockRow_NEON, &SplitPairsRow_NEON});
+#elif OV_TEST_NEON_SIMDE_BUILD
+  builds.push_back(neonSimdeBuild());
 #endif
   return builds;
 }
@@ -47,30 +61,54 @@ void expectSame(const std::string& name, int groups, size_t outBytes, Fast fast,
   ASSERT_EQ(at, outBytes) << "byte " << at << ": " << int(got[at]) << " vs " << int(want[at]);
 }
 
+std::string nameOf(const KernelBuild& b, const char* what, int uOffset) {
+  return std::string(b.name) + " " + what + " (chroma offset " + std::to_string(uOffset) + ")";
+}
+
 }  // namespace
 
-TEST(Kernels, FastPathsMatchTheTablesOnEveryInput) {
-  {  // NV21: 64 quads per (U, V) take all 256 luma values.
+TEST(Kernels, BlockKernelsMatchTheTablesOnEveryInput) {
+  const std::vector<KernelBuild> builds = kernelBuilds();
+  {  // 4:2:0 readers: 64 quads per (U, V) take all 256 luma values.
     const int quads = 65536 * 64 + 5;
-    Bytes y(4 * size_t(quads)), vu(2 * size_t(quads));
+    Bytes y(4 * size_t(quads)), pairs(2 * size_t(quads)), u(quads), v(quads);
     for (int q = 0; q < quads; ++q) {
-      vu[2 * q] = uint8_t(q >> 14);  // V first
-      vu[2 * q + 1] = uint8_t(q >> 6);
+      pairs[2 * q] = v[q] = uint8_t(q >> 14);
+      pairs[2 * q + 1] = u[q] = uint8_t(q >> 6);
       for (int k = 0; k < 4; ++k) y[4 * q + k] = uint8_t(4 * q + k);
     }
+    for (int uOffset : {0, 1}) {
+      auto ref = [&](uint8_t* out, int f, int n) {
+        NVQuadToRGBRow_C(&y[4 * f], &pairs[2 * f], out + 12 * f, n, uOffset);
+      };
+      for (const KernelBuild& b : builds)
+        if (b.nvToRGB)
+          expectSame(
+              nameOf(b, "NV reader", uOffset), quads, 12 * size_t(quads),
+              [&](uint8_t* out) { return b.nvToRGB(y.data(), pairs.data(), out, quads, uOffset); }, ref);
+    }
     auto ref = [&](uint8_t* out, int f, int n) {
-      NVQuadToRGBRow_C(&y[4 * f], &vu[2 * f], out + 12 * f, n, 1);
+      I420QuadToRGBRow_C(&y[4 * f], &u[f], &v[f], out + 12 * f, n);
     };
-    for (const PortableBuild& b : portableBuilds())
-      expectSame(
-          std::string(b.name) + " NV21 reader", quads, 12 * size_t(quads),
-          [&](uint8_t* out) { return b.nvToRGB(y.data(), vu.data(), out, quads, 1); }, ref);
+    for (const KernelBuild& b : builds)
+      if (b.i420ToRGB)
+        expectSame(
+            nameOf(b, "three-plane reader", 0), quads, 12 * size_t(quads),
+            [&](uint8_t* out) { return b.i420ToRGB(y.data(), u.data(), v.data(), out, quads); }, ref);
     expectSame(
         "exported NV21 reader", quads, 12 * size_t(quads),
-        [&](uint8_t* out) { return color_convert_nv212rgb(y.data(), vu.data(), out, 4 * quads, 1) * quads; },
+        [&](uint8_t* out) {
+          return color_convert_nv212rgb(y.data(), pairs.data(), out, 4 * quads, 1) * quads;
+        },
+        [&](uint8_t* out, int f, int n) { NVQuadToRGBRow_C(&y[4 * f], &pairs[2 * f], out + 12 * f, n, 1); });
+    expectSame(
+        "exported three-plane reader", quads, 12 * size_t(quads),
+        [&](uint8_t* out) {
+          return color_convert_yv12oryu122rgb(y.data(), u.data(), v.data(), out, 4 * quads, 1) * quads;
+        },
         ref);
   }
-  {  // YUYV: 128 pairs per (U, V) take all 256 luma values.
+  {  // YUYV and YVYU readers: 128 pairs per chroma pair take all 256 luma values.
     const int pairs = 65536 * 128 + 5;
     Bytes src(4 * size_t(pairs));
     for (int p = 0; p < pairs; ++p) {
@@ -79,17 +117,23 @@ TEST(Kernels, FastPathsMatchTheTablesOnEveryInput) {
       src[4 * p + 2] = uint8_t(2 * p + 1);
       src[4 * p + 3] = uint8_t(p >> 7);
     }
-    auto ref = [&](uint8_t* out, int f, int n) { Packed422ToRGBRow_C(&src[4 * f], out + 6 * f, n, 1, 3); };
-    for (const PortableBuild& b : portableBuilds())
-      expectSame(
-          std::string(b.name) + " YUYV reader", pairs, 6 * size_t(pairs),
-          [&](uint8_t* out) { return b.packedToRGB(src.data(), out, pairs, 1); }, ref);
+    for (int uOffset : {1, 3}) {
+      auto ref = [&](uint8_t* out, int f, int n) {
+        Packed422ToRGBRow_C(&src[4 * f], out + 6 * f, n, uOffset, 4 - uOffset);
+      };
+      for (const KernelBuild& b : builds)
+        if (b.packedToRGB)
+          expectSame(
+              nameOf(b, "4:2:2 reader", uOffset), pairs, 6 * size_t(pairs),
+              [&](uint8_t* out) { return b.packedToRGB(src.data(), out, pairs, uOffset); }, ref);
+    }
     expectSame(
         "exported YUYV reader", pairs, 6 * size_t(pairs),
-        [&](uint8_t* out) { return color_convert_yuyv2rgb(src.data(), out, 2 * pairs, 1) * pairs; }, ref);
+        [&](uint8_t* out) { return color_convert_yuyv2rgb(src.data(), out, 2 * pairs, 1) * pairs; },
+        [&](uint8_t* out, int f, int n) { Packed422ToRGBRow_C(&src[4 * f], out + 6 * f, n, 1, 3); });
   }
-  {  // NV12 writer: two rows of w pixels holding every (R, G, B); each 2x2
-     // block averages four different colours. Output: two luma rows, chroma.
+  {  // Writers: two rows of w pixels holding every (R, G, B); each pair and
+     // 2x2 block takes different colours.
     const int w = (1 << 23) + 10, blocks = w / 2;
     Bytes rgb(6 * size_t(w));
     for (size_t i = 0; i < 2 * size_t(w); ++i) {
@@ -98,17 +142,49 @@ TEST(Kernels, FastPathsMatchTheTablesOnEveryInput) {
       rgb[3 * i + 2] = uint8_t(i);
     }
     const uint8_t* row1 = &rgb[3 * size_t(w)];
-    auto ref = [&](uint8_t* out, int f, int n) {
-      RGBToNVBlockRow_C(&rgb[6 * f], row1 + 6 * f, out + 2 * f, out + w + 2 * f, out + 2 * w + 2 * f, n, 0);
-    };
-    for (const PortableBuild& b : portableBuilds())
-      expectSame(
-          std::string(b.name) + " NV12 writer", blocks, 3 * size_t(w),
-          [&](uint8_t* out) { return b.rgbToNV(rgb.data(), row1, out, out + w, out + 2 * w, blocks, 0); },
-          ref);
-    expectSame(
-        "exported NV12 writer", blocks, 3 * size_t(w),
-        [&](uint8_t* out) { return color_convert_rgb2nv12(rgb.data(), out, out + 2 * w, w, 2) * blocks; },
-        ref);
+    for (int uOffset : {0, 1}) {  // NV: two luma rows, then chroma
+      auto ref = [&](uint8_t* out, int f, int n) {
+        RGBToNVBlockRow_C(&rgb[6 * f], row1 + 6 * f, out + 2 * f, out + w + 2 * f, out + 2 * w + 2 * f, n,
+                          uOffset);
+      };
+      for (const KernelBuild& b : builds)
+        if (b.rgbToNV)
+          expectSame(
+              nameOf(b, "NV writer", uOffset), blocks, 3 * size_t(w),
+              [&](uint8_t* out) {
+                return b.rgbToNV(rgb.data(), row1, out, out + w, out + 2 * w, blocks, uOffset);
+              },
+              ref);
+      if (uOffset == 0)
+        expectSame(
+            "exported NV12 writer", blocks, 3 * size_t(w),
+            [&](uint8_t* out) { return color_convert_rgb2nv12(rgb.data(), out, out + 2 * w, w, 2) * blocks; },
+            ref);
+    }
+    for (int uOffset : {1, 3}) {  // both rows as one run of w pairs
+      auto ref = [&](uint8_t* out, int f, int n) {
+        RGBToPacked422Row_C(&rgb[6 * f], out + 4 * f, n, uOffset, 4 - uOffset);
+      };
+      for (const KernelBuild& b : builds)
+        if (b.rgbToPacked)
+          expectSame(
+              nameOf(b, "4:2:2 writer", uOffset), w, 4 * size_t(w),
+              [&](uint8_t* out) { return b.rgbToPacked(rgb.data(), out, w, uOffset); }, ref);
+      if (uOffset == 3)
+        expectSame(
+            "exported YVYU writer", w, 4 * size_t(w),
+            [&](uint8_t* out) { return color_convert_rgb2yvyu(rgb.data(), out, w, 2) * w; }, ref);
+    }
+  }
+  {  // Chroma pairs apart (the YV12 repack): every byte in both places.
+    const int n = 65536 + 13;
+    Bytes src(2 * size_t(n));
+    for (size_t i = 0; i < src.size(); ++i) src[i] = uint8_t(i * 7 + (i >> 9));
+    auto ref = [&](uint8_t* out, int f, int c) { SplitPairsRow_C(&src[2 * f], out + f, out + n + f, c); };
+    for (const KernelBuild& b : builds)
+      if (b.splitPairs)
+        expectSame(
+            nameOf(b, "pair split", 0), n, 2 * size_t(n),
+            [&](uint8_t* out) { return b.splitPairs(src.data(), out, out + n, n); }, ref);
   }
 }

@@ -4,9 +4,14 @@
 #include "image/ConvertRowsPortable.cpp"
 #undef convert_row
 
-#include "PortableBuilds.h"
+#include "KernelBuilds.h"
 
-PortableBuild shuffleBuild() {
-  return {"byte-shuffle build", &convert_row_shuffles::NVQuadToRGBRow_Portable,
-          &convert_row_shuffles::Packed422ToRGBRow_Portable, &convert_row_shuffles::RGBToNVBlockRow_Portable};
+KernelBuild shuffleBuild() {
+  return {"byte-shuffle build",
+          &convert_row_shuffles::NVQuadToRGBRow_Portable,
+          nullptr,
+          &convert_row_shuffles::Packed422ToRGBRow_Portable,
+          nullptr,
+          &convert_row_shuffles::RGBToNVBlockRow_Portable,
+          nullptr};
 }
