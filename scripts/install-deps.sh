@@ -12,6 +12,7 @@ base=(
   libgtest-dev libgmock-dev
   android-liblog-dev
   libjpeg62-turbo-dev
+  libimagequant-dev
   openjdk-17-jdk-headless junit5
   libegl-dev libgles-dev libegl-mesa0 libgl1-mesa-dri libx11-dev libxcomposite-dev
   xvfb xauth x11-apps
