@@ -2,9 +2,10 @@
 # arm-linux-gnueabihf toolchain; test programs run under qemu-user.
 #
 # The C library comes with the toolchain (/usr/arm-linux-gnueabihf). The armhf
-# builds of liblog, libjpeg-turbo, GoogleTest, EGL/GLES and SIMDe are unpacked
-# into a separate folder by `scripts/install-deps.sh arm`: by default
-# build-armhf-sysroot/ of this checkout, or $OV_ARM_SYSROOT.
+# builds of liblog, libjpeg-turbo, GoogleTest, EGL/GLES, SIMDe and libimagequant
+# (a test oracle) are unpacked into a separate folder by
+# `scripts/install-deps.sh arm`: by default build-armhf-sysroot/ of this
+# checkout, or $OV_ARM_SYSROOT.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7-a)
 set(CMAKE_LIBRARY_ARCHITECTURE arm-linux-gnueabihf)

@@ -24,11 +24,12 @@ arm=(g++-arm-linux-gnueabihf qemu-user-static)
 # armhf packages unpacked into the sysroot. Multiarch installs of armhf
 # development packages fail on mirrors whose armhf and amd64 indexes are out of
 # step, so the .debs are downloaded and extracted instead. Their runtime needs
-# beyond these (libc, libstdc++) come with the cross toolchain.
+# beyond these (libc, libstdc++, libgomp) come with the cross toolchain.
 arm_sysroot_pkgs=(
   android-liblog android-liblog-dev
   libjpeg62-turbo libjpeg62-turbo-dev
   libgtest-dev
+  libimagequant0 libimagequant-dev
   libglvnd0 libegl1 libegl-dev libgles2 libgles-dev libgl-dev
   libsimde-dev
 )
