@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include "core/Export.h"
 
 // The flat image interface: plain records from ov_malloc, freed with the
@@ -36,6 +38,18 @@ struct IntegralImage {
 };
 
 }  // namespace flat
+
+// C callers share these records: ints first, then the pointer at the next
+// pointer-aligned offset (flat::Image: 20 on 32-bit ARM, 24 on 64-bit hosts).
+static_assert(offsetof(flat::Image, stride) == 12 && offsetof(flat::Image, ownsData) == 16 &&
+                  offsetof(flat::Image, data) ==
+                      (20 + alignof(void*) - 1) / alignof(void*) * alignof(void*) &&
+                  sizeof(flat::Image) == offsetof(flat::Image, data) + sizeof(void*),
+              "flat::Image layout");
+static_assert(offsetof(flat::YUVImage, data) == 8 && sizeof(flat::YUVImage) == 8 + sizeof(void*),
+              "flat::YUVImage layout");
+static_assert(offsetof(flat::IntegralImage, data) == 8 && sizeof(flat::IntegralImage) == 8 + sizeof(void*),
+              "flat::IntegralImage layout");
 
 // Wraps the caller's buffer (ownsData 0). Null for a null buffer, a size or
 // stride below 1, or channels outside 1..4.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include "core/Export.h"
 
 // The flat matrix interface. flat::Matrix is a plain record from ov_malloc,
@@ -16,6 +18,11 @@ struct Matrix {
 };
 
 }  // namespace flat
+
+// Shared with C callers, and with flat::IntegralImage, which is released as one.
+static_assert(offsetof(flat::Matrix, cols) == 4 && offsetof(flat::Matrix, data) == 8 &&
+                  sizeof(flat::Matrix) == 8 + sizeof(void*),
+              "flat::Matrix layout");
 
 OV_EXPORT flat::Matrix* ov_createMatrix(int rows, int cols, float* data);
 OV_EXPORT flat::Matrix* ov_createMatrix(int rows, int cols);

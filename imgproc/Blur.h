@@ -16,6 +16,7 @@ typedef struct gauss_blur_coef {
   int n;
   int w[2048];
 } gauss_blur_coef;
+static_assert(sizeof(gauss_blur_coef) == 4 * 2049, "gauss_blur_coef layout");
 
 // Stack Blur of channels 0..2, in place, horizontal then vertical pass with
 // edge replication. A radius outside 0..254 leaves the image unchanged.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "core/Export.h"
@@ -23,6 +24,10 @@ struct RFTarget {
   RFTarget* next;
 };
 typedef RFTarget _RFTarget;
+// 16 bytes where pointers are 4 bytes wide.
+static_assert(offsetof(RFTarget, data) == 8 && offsetof(RFTarget, next) == 8 + sizeof(void*) &&
+                  sizeof(RFTarget) == 8 + 2 * sizeof(void*),
+              "RFTarget layout");
 
 // The record sits just behind its 4-byte tag, so on 64-bit targets it is only
 // 4-byte aligned: the packing makes every member access safe there (a no-op
@@ -47,6 +52,11 @@ struct RFModule {
   unsigned char* output;  // the newest result record, or null; older ones hang off it
 };
 #pragma pack(pop)
+// 26 ints, then the four pointers back to back: 120 bytes on 32-bit builds.
+static_assert(offsetof(RFModule, positions) == 24 && offsetof(RFModule, targets) == 104 &&
+                  offsetof(RFModule, output) == 104 + 3 * sizeof(void*) &&
+                  sizeof(RFModule) == 104 + 4 * sizeof(void*),
+              "RFModule layout");
 
 // Flat interface over integer handles (the record's address; 0 on failure).
 OV_CAPI intptr_t RefocusModule_Initialize(int width, int height, int gridCols, int gridRows);

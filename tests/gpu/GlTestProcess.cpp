@@ -18,7 +18,7 @@ namespace {
 
 struct GlTestProcess {
   GlTestProcess() {
-    const char* drivers[] = {"/usr/lib/x86_64-linux-gnu/dri/swrast_dri.so", "swrast_dri.so"};
+    const char* drivers[] = {"/usr/lib/" OV_LIBRARY_ARCHITECTURE "/dri/swrast_dri.so", "swrast_dri.so"};
     for (const char* path : drivers) {
       if (dlopen(path, RTLD_LAZY | RTLD_NODELETE) != nullptr) break;
     }

@@ -3,6 +3,8 @@
 // the hysteresis are tested through Java callbacks.
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <tuple>
 #include <vector>
 
 #include "jni/SuperCaptureMode.h"
@@ -20,6 +22,33 @@ void feed(SuperCaptureMode& m, int luma, int frames = 1) {
 }
 
 }  // namespace
+
+extern "C" {
+jint Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate(JNIEnv*, jobject, jint, jint, jint);
+void Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeDestroy(JNIEnv*, jobject, jint);
+}
+
+// Create and destroy never touch the JNIEnv. Where an address fits a Java int
+// (32-bit builds) the handle is the object's address; elsewhere it is an id.
+TEST(SuperCaptureMode, IntHandleLeadsBackToTheObject) {
+  LogCapture cap;
+  const jint a =
+      Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate(nullptr, nullptr, 4, 3, 7);
+  const jint b =
+      Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreate(nullptr, nullptr, 8, 2, 9);
+  ASSERT_NE(0, a);
+  ASSERT_NE(0, b);
+  EXPECT_NE(a, b);
+#if UINTPTR_MAX == 0xffffffffu
+  for (auto [h, w, f] : {std::tuple{a, 4, 7u}, std::tuple{b, 8, 9u}}) {
+    const auto* m = reinterpret_cast<const SuperCaptureMode*>(static_cast<intptr_t>(h));
+    EXPECT_EQ(w, m->getWidth());
+    EXPECT_EQ(f, m->getFormat());
+  }
+#endif
+  Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeDestroy(nullptr, nullptr, a);
+  Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeDestroy(nullptr, nullptr, b);
+}
 
 TEST(SuperCaptureMode, HistoryKeepsTheLastThirtyFramesOfWhichFiveCount) {
   LogCapture cap;
