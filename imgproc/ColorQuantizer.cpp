@@ -7,6 +7,7 @@
 #include <new>
 
 #include "core/Memory.h"
+#include "core/SizeRule.h"
 
 namespace {
 
@@ -31,10 +32,9 @@ struct Box {
 
 inline int momentIndex(int r, int g, int b) { return (r * kSide + g) * kSide + b; }
 
-// Positive sides and a byte count that fits the interface's int sizes, computed
-// in 64 bits (each factor is below 2^31, so nothing overflows).
+// Positive sides and a byte count that fits the interface's int sizes.
 inline bool bytesFit(int width, int height, int channels) {
-  return width > 0 && height > 0 && (int64_t)width * (int64_t)height * (int64_t)channels <= INT32_MAX;
+  return width > 0 && height > 0 && sizerule::intCount(width, height, channels) > 0;
 }
 
 inline bool pictureOk(const unsigned char* pixels, int width, int height, int channels) {

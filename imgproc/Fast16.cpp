@@ -3,6 +3,7 @@
 #include <climits>
 #include <cstdint>
 
+#include "core/SizeRule.h"
 #include "imgproc/Fast16Rows.h"
 
 using namespace fast16_row;
@@ -38,10 +39,9 @@ int fast16(const unsigned char* image, int width, int height, int stride, int th
   if (!image || !corners || width < 7 || height < 7 || stride < width || capacity < 1 || threshold < 0 ||
       threshold > 255 || stride > INT_MAX / 3)
     return FAST16_REFUSED;
-  // Every byte of the image and of the output must be addressable.
-  const uint64_t span = static_cast<uint64_t>(height - 1) * static_cast<uint64_t>(stride) + width;
+  // The image's byte count must fit the int sizes; the output must be addressable.
   const uint64_t out = static_cast<uint64_t>(capacity) * sizeof(Fast16Corner);
-  if (span > PTRDIFF_MAX || out > PTRDIFF_MAX) return FAST16_REFUSED;
+  if (sizerule::intCount(height, stride) < 0 || out > PTRDIFF_MAX) return FAST16_REFUSED;
   return detect(rowKernel(), image, width, height, stride, threshold, nonmaxSuppression != 0, corners,
                 capacity);
 }

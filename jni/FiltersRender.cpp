@@ -9,6 +9,7 @@
 
 #include "core/Export.h"
 #include "core/Log.h"
+#include "core/SizeRule.h"
 #include "filters/ImageFilters.h"
 #include "image/FlatImage.h"
 
@@ -90,12 +91,8 @@ void passElements(ImageFilterBaseGL* filter, const char* name, JNIEnv* env, jarr
     if (elements != nullptr) env->Releaser(values, elements, 0);                                             \
   }
 
-// Local stand-in for the shared size check: true when width x height RGBA
-// pixels, counted in 64 bits, fit the int byte counts the filters take.
-// (Each side is bounded first, so the product cannot wrap.)
-bool rgbaBytesFitInt(uint64_t width, uint64_t height) {
-  return width <= INT32_MAX && height <= INT32_MAX && width * height <= INT32_MAX / 4;
-}
+// True when width x height RGBA pixels fit the int byte counts the filters take.
+bool rgbaBytesFitInt(uint64_t width, uint64_t height) { return sizerule::intCount(width, height, 4) >= 0; }
 
 // Only tightly packed RGBA 8888 pixels match what the filters assume.
 bool isPackedRgba(const AndroidBitmapInfo& info) {
