@@ -45,7 +45,7 @@ JavaInputStream::JavaInputStream(JNIEnv* env, jobject stream, jbyteArray buffer)
 JavaInputStream::~JavaInputStream() = default;
 
 int JavaInputStream::read(void* buffer, unsigned int size) {
-  if (!sizerule::fitsInt(size)) return 0;
+  if (!orvan::sizerule::fitsInt(size)) return 0;
   if (buffer != nullptr) return doRead(buffer, size);
 
   unsigned int done = 0;
@@ -67,7 +67,7 @@ int JavaInputStream::read(void* buffer, unsigned int size) {
 
 int JavaInputStream::doRead(void* buffer, unsigned int size) {
   if (mEnv == nullptr || mStream == nullptr || mArray == nullptr || mArrayLength == 0 || mRead == nullptr ||
-      buffer == nullptr || !sizerule::fitsInt(size)) {
+      buffer == nullptr || !orvan::sizerule::fitsInt(size)) {
     return 0;
   }
   auto* out = static_cast<jbyte*>(buffer);
@@ -101,7 +101,8 @@ int JavaInputStream::doRead(void* buffer, unsigned int size) {
 
 int JavaInputStream::skip(unsigned int count) {
   // The count skipped is returned as an int.
-  if (mEnv == nullptr || mStream == nullptr || mSkip == nullptr || count == 0 || !sizerule::fitsInt(count))
+  if (mEnv == nullptr || mStream == nullptr || mSkip == nullptr || count == 0 ||
+      !orvan::sizerule::fitsInt(count))
     return 0;
   jlong skipped = mEnv->CallLongMethod(mStream, mSkip, static_cast<jlong>(count));
   if (takeException(mEnv)) {
@@ -148,8 +149,8 @@ JavaOutputStream::~JavaOutputStream() = default;
 int JavaOutputStream::read(void*, unsigned int) { return 0; }
 
 int JavaOutputStream::write(void* buffer, unsigned int size) {
-  if (size == 0 || !sizerule::fitsInt(size) || buffer == nullptr || mEnv == nullptr || mStream == nullptr ||
-      mArray == nullptr || mArrayLength == 0 || mWrite == nullptr) {
+  if (size == 0 || !orvan::sizerule::fitsInt(size) || buffer == nullptr || mEnv == nullptr ||
+      mStream == nullptr || mArray == nullptr || mArrayLength == 0 || mWrite == nullptr) {
     return 0;
   }
   const auto* in = static_cast<const jbyte*>(buffer);

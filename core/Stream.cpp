@@ -36,7 +36,7 @@ FileStream::~FileStream() { close(); }
 
 int FileStream::read(void* buffer, unsigned int size) {
   // The count is returned as an int.
-  if (mFile == nullptr || !sizerule::fitsInt(size)) return 0;
+  if (mFile == nullptr || !orvan::sizerule::fitsInt(size)) return 0;
   if (buffer != nullptr) return static_cast<int>(fread(buffer, 1, size, mFile));
   if (ftell(mFile) < 0) return 0;
   if (fseek(mFile, static_cast<long>(size), SEEK_CUR) != 0) return 0;
@@ -44,7 +44,7 @@ int FileStream::read(void* buffer, unsigned int size) {
 }
 
 int FileStream::write(void* buffer, unsigned int size) {
-  if (mFile == nullptr || buffer == nullptr || size == 0 || !sizerule::fitsInt(size)) return 0;
+  if (mFile == nullptr || buffer == nullptr || size == 0 || !orvan::sizerule::fitsInt(size)) return 0;
   return static_cast<int>(fwrite(buffer, 1, size, mFile));
 }
 
@@ -89,7 +89,7 @@ MemoryStream::~MemoryStream() { close(); }
 int MemoryStream::read(void* buffer, unsigned int size) {
   if (mBuffer == nullptr || buffer == nullptr || size == 0) return -1;
   unsigned int count = size > mCapacity - mPosition ? mCapacity - mPosition : size;
-  if (!sizerule::fitsInt(count)) return -1;  // the count is returned as an int
+  if (!orvan::sizerule::fitsInt(count)) return -1;  // the count is returned as an int
   memcpy(buffer, mBuffer + mPosition, count);
   mPosition += count;
   return static_cast<int>(count);
@@ -98,7 +98,7 @@ int MemoryStream::read(void* buffer, unsigned int size) {
 int MemoryStream::write(void* buffer, unsigned int size) {
   if (mBuffer == nullptr || buffer == nullptr || size == 0) return -1;
   unsigned int count = size > mCapacity - mPosition ? mCapacity - mPosition : size;
-  if (!sizerule::fitsInt(count)) return -1;
+  if (!orvan::sizerule::fitsInt(count)) return -1;
   memcpy(mBuffer + mPosition, buffer, count);
   mPosition += count;
   return static_cast<int>(count);

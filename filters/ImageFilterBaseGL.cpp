@@ -68,7 +68,7 @@ bool ImageFilterBaseGL::initEngine() {
 }
 
 const char* ImageFilterBaseGL::getFragmentHeader(unsigned m) {
-  return m != 0 ? filter_shaders::kFragmentHeader2D : filter_shaders::kFragmentHeaderOES;
+  return m != 0 ? orvan::filter_shaders::kFragmentHeader2D : orvan::filter_shaders::kFragmentHeaderOES;
 }
 
 bool ImageFilterBaseGL::setupGraphics(unsigned m) {
@@ -240,6 +240,6 @@ void ImageFilterBaseGL::release() {
 
 const char* ImageFilterBaseGL::getFilterName() const { return "ImageFilterBase"; }
 
-const char* ImageFilterBaseGL::getVertexShader() const { return filter_shaders::kVertexShader; }
+const char* ImageFilterBaseGL::getVertexShader() const { return orvan::filter_shaders::kVertexShader; }
 
-const char* ImageFilterBaseGL::getFragmentShader() const { return filter_shaders::kBaseFragment; }
+const char* ImageFilterBaseGL::getFragmentShader() const { return orvan::filter_shaders::kBaseFragment; }

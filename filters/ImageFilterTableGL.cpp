@@ -93,4 +93,4 @@ void ImageFilterTableGL::release() {
 }
 
 const char* ImageFilterTableGL::getFilterName() const { return "ImageFilterTable"; }
-const char* ImageFilterTableGL::getFragmentShader() const { return filter_shaders::kTableFragment; }
+const char* ImageFilterTableGL::getFragmentShader() const { return orvan::filter_shaders::kTableFragment; }

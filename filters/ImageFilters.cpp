@@ -80,7 +80,7 @@ const FloatParam<Timetunnel> kTimetunnelParams[] = {{"mRadius", &Timetunnel::mRa
 // --- None -------------------------------------------------------------------
 
 const char* ImageFilterNoneGL::getFilterName() const { return "ImageFilterNone"; }
-const char* ImageFilterNoneGL::getFragmentShader() const { return filter_shaders::kBaseFragment; }
+const char* ImageFilterNoneGL::getFragmentShader() const { return orvan::filter_shaders::kBaseFragment; }
 
 // --- Distorted ----------------------------------------------------------------
 
@@ -107,7 +107,9 @@ void ImageFilterDistortedGL::setParameters(const char* name, void* value) {
 void ImageFilterDistortedGL::updateParameters() { uploadFloats(this, kDistortedParams); }
 
 const char* ImageFilterDistortedGL::getFilterName() const { return "ImageFilterDistorted"; }
-const char* ImageFilterDistortedGL::getFragmentShader() const { return filter_shaders::kDistortedFragment; }
+const char* ImageFilterDistortedGL::getFragmentShader() const {
+  return orvan::filter_shaders::kDistortedFragment;
+}
 
 // --- Extrusion ----------------------------------------------------------------
 
@@ -140,7 +142,9 @@ void ImageFilterExtrusionGL::setParameters(const char* name, void* value) {
 void ImageFilterExtrusionGL::updateParameters() { uploadFloats(this, kExtrusionParams); }
 
 const char* ImageFilterExtrusionGL::getFilterName() const { return "ImageFilterExtrusion"; }
-const char* ImageFilterExtrusionGL::getFragmentShader() const { return filter_shaders::kExtrusionFragment; }
+const char* ImageFilterExtrusionGL::getFragmentShader() const {
+  return orvan::filter_shaders::kExtrusionFragment;
+}
 
 // --- Mirror -------------------------------------------------------------------
 
@@ -164,13 +168,13 @@ void ImageFilterMirrorGL::setParameters(const char* name, void* value) {
 void ImageFilterMirrorGL::updateParameters() { uploadFloats(this, kMirrorParams); }
 
 const char* ImageFilterMirrorGL::getFilterName() const { return "ImageFilterMirror"; }
-const char* ImageFilterMirrorGL::getFragmentShader() const { return filter_shaders::kMirrorFragment; }
+const char* ImageFilterMirrorGL::getFragmentShader() const { return orvan::filter_shaders::kMirrorFragment; }
 
 // --- Temperature ----------------------------------------------------------------
 
 const char* ImageFilterTemperatureGL::getFilterName() const { return "ImageFilterTemperature"; }
 const char* ImageFilterTemperatureGL::getFragmentShader() const {
-  return filter_shaders::kTemperatureFragment;
+  return orvan::filter_shaders::kTemperatureFragment;
 }
 
 // --- Timetunnel ----------------------------------------------------------------
@@ -195,12 +199,14 @@ void ImageFilterTimetunnelGL::setParameters(const char* name, void* value) {
 void ImageFilterTimetunnelGL::updateParameters() { uploadFloats(this, kTimetunnelParams); }
 
 const char* ImageFilterTimetunnelGL::getFilterName() const { return "ImageFilterTimetunnel"; }
-const char* ImageFilterTimetunnelGL::getFragmentShader() const { return filter_shaders::kTimetunnelFragment; }
+const char* ImageFilterTimetunnelGL::getFragmentShader() const {
+  return orvan::filter_shaders::kTimetunnelFragment;
+}
 
 // --- Xray -------------------------------------------------------------------
 
 const char* ImageFilterXrayGL::getFilterName() const { return "ImageFilterXray"; }
-const char* ImageFilterXrayGL::getFragmentShader() const { return filter_shaders::kXrayFragment; }
+const char* ImageFilterXrayGL::getFragmentShader() const { return orvan::filter_shaders::kXrayFragment; }
 
 // --- Factory ----------------------------------------------------------------
 

@@ -8,8 +8,8 @@
 #include "gpu/GPUUtils.h"
 #include "image/Image.h"
 
-using gpu_internal::imageBytes;
-using gpu_internal::imageFormatCode;
+using orvan::gpu_internal::imageBytes;
+using orvan::gpu_internal::imageFormatCode;
 
 namespace {
 
@@ -70,12 +70,12 @@ void GPUImage2D::init(unsigned existing, bool generate, int w, int h, int f, boo
     if (generate) texture = 0;
     return;
   }
-  if (generate) texture = gpu_internal::generateTexture();
+  if (generate) texture = orvan::gpu_internal::generateTexture();
   if (allocate) allocateStorage(pixels);
 }
 
 void GPUImage2D::allocateStorage(void* pixels) {
-  gpu_internal::specifyTexture(target, texture, false, [&] {
+  orvan::gpu_internal::specifyTexture(target, texture, false, [&] {
     if (pixels != nullptr) {
       pixelBuffer.uploadImage(this, pixels);
       return;
@@ -113,7 +113,7 @@ bool GPUImage2D::download(void* pixels, int size) {
 
 void GPUImage2D::recycle() {
   if (!mOwnsTexture || texture == 0) return;
-  gpu_internal::deleteTexture(texture);
+  orvan::gpu_internal::deleteTexture(texture);
   texture = 0;
 }
 
@@ -122,7 +122,7 @@ GPUImage2D* GPUImage2D::createFromImage(GPUContext* context, Image* image) {
   if (context == nullptr || code == 0 || image->depth != 1) return nullptr;
   GPUImage2D* result = new (std::nothrow) GPUImage2D(context, static_cast<int>(image->width),
                                                      static_cast<int>(image->height), code, image->planes[0]);
-  return gpu_internal::keepIfTextured(result);
+  return orvan::gpu_internal::keepIfTextured(result);
 }
 
 GPUImage2D* GPUImage2D::createFromImage(auto_ptr<GPUContext>& context, auto_ptr<Image>& image) {
@@ -134,9 +134,9 @@ bool GPUImage2D::upload(Image* image) {
   if (code == 0 || code != format || image->depth != 1 || texture == 0) return false;
   if (image->width != static_cast<unsigned>(width) || image->height != static_cast<unsigned>(height))
     return false;
-  gpu_internal::bindTexture(target, texture);
+  orvan::gpu_internal::bindTexture(target, texture);
   bool done = upload(image->planes[0], static_cast<int>(imageBytes(width, height, 1, format)));
-  gpu_internal::bindTexture(target, 0);
+  orvan::gpu_internal::bindTexture(target, 0);
   return done;
 }
 

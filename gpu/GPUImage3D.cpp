@@ -9,8 +9,8 @@
 #include "gpu/GPUUtils.h"
 #include "image/Image.h"
 
-using gpu_internal::imageBytes;
-using gpu_internal::imageFormatCode;
+using orvan::gpu_internal::imageBytes;
+using orvan::gpu_internal::imageFormatCode;
 
 unsigned GPUImage3D::selectTextureTarget(int format) {
   return format >= 1 && format <= 4 ? GL_TEXTURE_3D : GL_TEXTURE_2D;
@@ -60,12 +60,12 @@ void GPUImage3D::init(unsigned existing, bool generate, int w, int h, int d, int
     if (generate) texture = 0;
     return;
   }
-  if (generate) texture = gpu_internal::generateTexture();
+  if (generate) texture = orvan::gpu_internal::generateTexture();
   if (allocate) allocateStorage(pixels);
 }
 
 void GPUImage3D::allocateStorage(void* pixels) {
-  gpu_internal::specifyTexture(target, texture, true, [&] {
+  orvan::gpu_internal::specifyTexture(target, texture, true, [&] {
     if (pixels != nullptr) {
       pixelBuffer.uploadImage(this, pixels);
       return;
@@ -83,7 +83,7 @@ void GPUImage3D::set(int w, int h, int d, int f, void* pixels) {
 
 void GPUImage3D::recycle() {
   if (!mOwnsTexture || texture == 0) return;
-  gpu_internal::deleteTexture(texture);
+  orvan::gpu_internal::deleteTexture(texture);
   texture = 0;
 }
 
@@ -93,7 +93,7 @@ GPUImage3D* GPUImage3D::createFromImage(GPUContext* context, Image* image) {
   GPUImage3D* result =
       new (std::nothrow) GPUImage3D(context, static_cast<int>(image->width), static_cast<int>(image->height),
                                     static_cast<int>(image->depth), code, image->planes[0]);
-  return gpu_internal::keepIfTextured(result);
+  return orvan::gpu_internal::keepIfTextured(result);
 }
 
 GPUImage3D* GPUImage3D::createFromImage(auto_ptr<GPUContext>& context, auto_ptr<Image>& image) {

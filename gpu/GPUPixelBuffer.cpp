@@ -8,7 +8,7 @@
 #include "gpu/GPUSizes.h"
 #include "gpu/GPUUtils.h"
 
-using gpu_internal::imageBytes;
+using orvan::gpu_internal::imageBytes;
 
 GPUPixelBuffer::GPUPixelBuffer(GPUContext* context) : context(context), buffer(0) {
   GLuint name = 0;

@@ -2,7 +2,7 @@
 
 #include "image/Image.h"
 
-namespace gpu_internal {
+namespace orvan::gpu_internal {
 
 int imageFormatCode(const Image* image) {
   if (image == nullptr || image->planes[0] == nullptr) return 0;
@@ -15,4 +15,4 @@ int imageFormatCode(const Image* image) {
   return n > 0 ? code : 0;
 }
 
-}  // namespace gpu_internal
+}  // namespace orvan::gpu_internal

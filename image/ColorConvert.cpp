@@ -5,7 +5,7 @@
 #include "core/SizeRule.h"
 #include "image/ConvertRows.h"
 
-using namespace convert_row;
+using namespace orvan::convert_row;
 
 namespace {
 
@@ -89,8 +89,8 @@ void rgbToNVBlocks(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_
 // can serve such a frame.
 int pixelsOf(int width, int height, int halfBytes) {
   if (width < 1 || height < 1) return 0;
-  const int64_t n = sizerule::intCount(width, height);
-  if (n < 0 || sizerule::within(sizerule::kIntLimit, n * halfBytes / 2) < 0) return 0;
+  const int64_t n = orvan::sizerule::intCount(width, height);
+  if (n < 0 || orvan::sizerule::within(orvan::sizerule::kIntLimit, n * halfBytes / 2) < 0) return 0;
   return static_cast<int>(n);
 }
 
@@ -268,8 +268,8 @@ Image* ColorConvert::convert(Image* source, int code) {
 
   // Converters see width and height only: for depth > 1 the first layer is
   // converted. Their own results are not reported.
-  const int w = sizerule::fitsInt(source->width) ? static_cast<int>(source->width) : 0;
-  const int h = sizerule::fitsInt(source->height) ? static_cast<int>(source->height) : 0;
+  const int w = orvan::sizerule::fitsInt(source->width) ? static_cast<int>(source->width) : 0;
+  const int h = orvan::sizerule::fitsInt(source->height) ? static_cast<int>(source->height) : 0;
   unsigned char* const* s = source->planes;
   unsigned char* const* d = out->planes;
   switch (code) {

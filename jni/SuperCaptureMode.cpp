@@ -37,7 +37,7 @@ void SuperCaptureMode::init(unsigned int width, unsigned int height, unsigned in
 void SuperCaptureMode::release() { mHistory.clear(); }
 
 long long SuperCaptureMode::lumaSize() const {
-  const int64_t n = sizerule::intCount(m_Width, m_Height);
+  const int64_t n = orvan::sizerule::intCount(m_Width, m_Height);
   return n < 0 ? 0 : n;
 }
 

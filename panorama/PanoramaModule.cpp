@@ -109,8 +109,8 @@ int PanoramaModule::startup(int width, int height, int format, void (*onError)(i
           reinterpret_cast<void*>(onError));
   if (width < 1 || height < 1 || format < 1 || format > 3) return PANORAMA_RESULT_TYPE_INVALID_PARAMETER;
   // A YV12 frame of W x H x 3 / 2 bytes, sized with ints.
-  const int64_t pixels = sizerule::intCount(width, height);
-  if (pixels < 0 || sizerule::within(sizerule::kIntLimit, pixels * 3 / 2) < 0)
+  const int64_t pixels = orvan::sizerule::intCount(width, height);
+  if (pixels < 0 || orvan::sizerule::within(orvan::sizerule::kIntLimit, pixels * 3 / 2) < 0)
     return PANORAMA_RESULT_TYPE_INVALID_PARAMETER;
   // A startup while running begins a new run; the old worker is stopped
   // first, as a second worker would orphan its thread.

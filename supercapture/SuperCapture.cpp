@@ -48,8 +48,8 @@ SuperCapture::~SuperCapture() {
 
 int SuperCapture::init(unsigned int w, unsigned int h, unsigned int fmt) {
   OV_LOGD("SuperSensor::init ..............................................\n");
-  if (w == 0 || h == 0 || fmt == 0 || fmt > supercapture::kFormatPacked) return -1;
-  if (!supercapture::sizeFits(w, h) || workerStarted) return -1;
+  if (w == 0 || h == 0 || fmt == 0 || fmt > orvan::supercapture::kFormatPacked) return -1;
+  if (!orvan::supercapture::sizeFits(w, h) || workerStarted) return -1;
   width = w;
   height = h;
   format = fmt;
@@ -80,7 +80,8 @@ int SuperCapture::pushFrame(unsigned char** planes) {
       static_cast<void*>(plane(planes, 0)), static_cast<void*>(plane(planes, 1)),
       static_cast<void*>(plane(planes, 2)), static_cast<void*>(plane(planes, 3)));
   if (allNull(planes)) return -1;
-  if (plane(planes, 0) == nullptr || width == 0 || height == 0 || format != supercapture::kFormatPacked)
+  if (plane(planes, 0) == nullptr || width == 0 || height == 0 ||
+      format != orvan::supercapture::kFormatPacked)
     return -3;
   unsigned int bytes = width * height * 2;  // init checked that it fits
   auto* copy = static_cast<unsigned char*>(galloc_malloc(bytes));

@@ -9,12 +9,12 @@ namespace {
 // The two schemes share init and release exactly.
 void initAccumulator(int32_t*& acc, unsigned int& count, unsigned int& w, unsigned int& h, unsigned int width,
                      unsigned int height, unsigned int format) {
-  if (width == 0 || height == 0 || format == 0 || format > supercapture::kFormatPacked) return;
-  if (!supercapture::sizeFits(width, height)) return;
+  if (width == 0 || height == 0 || format == 0 || format > orvan::supercapture::kFormatPacked) return;
+  if (!orvan::supercapture::sizeFits(width, height)) return;
   count = 0;
   w = width;
   h = height;
-  const auto bytes = static_cast<unsigned int>(sizerule::uintCount(width, height, 8));
+  const auto bytes = static_cast<unsigned int>(orvan::sizerule::uintCount(width, height, 8));
   acc = static_cast<int32_t*>(galloc_malloc(bytes));
   if (acc != nullptr) galloc_memset(acc, 0, bytes);
 }
@@ -29,14 +29,14 @@ void releaseAccumulator(int32_t*& acc) {
 // Frames and schemes only exist for sizes that passed sizeFits, so the count
 // is known to fit before it becomes a size_t.
 size_t frameBytes(unsigned int w, unsigned int h) {
-  return static_cast<size_t>(sizerule::uintCount(w, h, 2));
+  return static_cast<size_t>(orvan::sizerule::uintCount(w, h, 2));
 }
 
 // A frame is served when it has pixels and at least as many bytes as the
 // accumulator covers; anything else would be read or written out of bounds.
 bool usable(const auto_ptr<SuperCaptureFrame>& frame, const int32_t* acc, unsigned int w, unsigned int h) {
   if (frame == nullptr || acc == nullptr) return false;
-  return sizerule::uintCount(frame->width, frame->height, 2) >= sizerule::uintCount(w, h, 2);
+  return orvan::sizerule::uintCount(frame->width, frame->height, 2) >= orvan::sizerule::uintCount(w, h, 2);
 }
 
 }  // namespace
@@ -59,7 +59,7 @@ void SuperCaptureLowLightScheme::process(auto_ptr<SuperCaptureFrame>& frame) {
   OV_LOGD("SuperCaptureLowLightScheme::process ............................m_Count:%d\n",
           static_cast<int>(m_Count));
   if (frame->planes[0] != nullptr)
-    supercapture::mergeMax(accumulator, frame->planes[0], frameBytes(width, height));
+    orvan::supercapture::mergeMax(accumulator, frame->planes[0], frameBytes(width, height));
   ++m_Count;
 }
 
@@ -68,7 +68,7 @@ void SuperCaptureLowLightScheme::getResult(auto_ptr<SuperCaptureFrame>& frame) {
   OV_LOGD("SuperCaptureLowLightScheme::getResult ............................ m_Count:%d\n",
           static_cast<int>(m_Count));
   if (frame->planes[0] != nullptr)
-    supercapture::resultLowBits(frame->planes[0], accumulator, frameBytes(width, height));
+    orvan::supercapture::resultLowBits(frame->planes[0], accumulator, frameBytes(width, height));
 }
 
 // ---- high light: per-byte truncated mean
@@ -91,9 +91,9 @@ void SuperCaptureHighLightScheme::process(auto_ptr<SuperCaptureFrame>& frame) {
   if (frame->planes[0] != nullptr) {
     // The first frame overwrites, so the accumulator needs no clearing pass.
     if (m_Count == 0) {
-      supercapture::mergeCopy(accumulator, frame->planes[0], frameBytes(width, height));
+      orvan::supercapture::mergeCopy(accumulator, frame->planes[0], frameBytes(width, height));
     } else {
-      supercapture::mergeAdd(accumulator, frame->planes[0], frameBytes(width, height));
+      orvan::supercapture::mergeAdd(accumulator, frame->planes[0], frameBytes(width, height));
     }
   }
   ++m_Count;
@@ -104,6 +104,6 @@ void SuperCaptureHighLightScheme::getResult(auto_ptr<SuperCaptureFrame>& frame) 
   OV_LOGD("SuperCaptureHighLightScheme::getResult ............................ m_Count:%d\n",
           static_cast<int>(m_Count));
   if (m_Count == 0 || frame->planes[0] == nullptr) return;
-  supercapture::resultMean(frame->planes[0], accumulator, frameBytes(width, height),
-                           static_cast<int32_t>(m_Count));
+  orvan::supercapture::resultMean(frame->planes[0], accumulator, frameBytes(width, height),
+                                  static_cast<int32_t>(m_Count));
 }
