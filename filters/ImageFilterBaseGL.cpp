@@ -19,8 +19,8 @@ const float kDefaultTexVertices[8] = {1.0f, 1.0f, 1.0f, 0.0f, 0.0f, 1.0f, 0.0f, 
 
 const int kMaxScriptName = 255;
 const char kOesSuffix[] = "_oes";
-const int kRgba = 4;
-const int kExternal = 5;
+const int kRgba = GPU_FORMAT_RGBA;
+const int kExternal = GPU_FORMAT_EXTERNAL;
 
 // RGBA byte count of a picture, or -1 when a side is negative or the count
 // does not fit an int.

@@ -20,12 +20,12 @@ const GLenum kFormats[4] = {GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_RGB, GL_RGBA};
 }  // namespace
 
 unsigned GPUImage2D::selectTextureTarget(int format) {
-  if (format >= 1 && format <= 5) return kTargets[format - 1];
+  if (format >= GPU_FORMAT_LUMINANCE && format <= GPU_FORMAT_EXTERNAL) return kTargets[format - 1];
   return GL_TEXTURE_2D;
 }
 
 unsigned GPUImage2D::selectTextureFormat(int format) {
-  if (format >= 1 && format <= 4) return kFormats[format - 1];
+  if (format >= GPU_FORMAT_LUMINANCE && format <= GPU_FORMAT_RGBA) return kFormats[format - 1];
   return 0;
 }
 
@@ -143,10 +143,12 @@ bool GPUImage2D::upload(Image* image) {
 bool GPUImage2D::upload(auto_ptr<Image>& image) { return upload(image.get()); }
 
 bool GPUImage2D::download(Image* image) {
-  if (imageFormatCode(image) != 4 || format != 4 || image->depth != 1 || texture == 0) return false;
+  if (imageFormatCode(image) != GPU_FORMAT_RGBA || format != GPU_FORMAT_RGBA || image->depth != 1 ||
+      texture == 0)
+    return false;
   if (image->width != static_cast<unsigned>(width) || image->height != static_cast<unsigned>(height))
     return false;
-  return download(image->planes[0], static_cast<int>(imageBytes(width, height, 1, 4)));
+  return download(image->planes[0], static_cast<int>(imageBytes(width, height, 1, GPU_FORMAT_RGBA)));
 }
 
 bool GPUImage2D::download(auto_ptr<Image>& image) { return download(image.get()); }

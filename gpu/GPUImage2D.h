@@ -9,9 +9,18 @@
 
 class Image;
 
+// Pixel-format codes of the GPU images, shared with Image's first four
+// formats; each doubles as bytes per pixel. EXTERNAL is a camera texture
+// made elsewhere, never allocated here.
+enum GPUFormatCode : int {
+  GPU_FORMAT_LUMINANCE = 1,
+  GPU_FORMAT_LUMINANCE_ALPHA = 2,
+  GPU_FORMAT_RGB = 3,
+  GPU_FORMAT_RGBA = 4,
+  GPU_FORMAT_EXTERNAL = 5,
+};
+
 // One GL texture with the size and pixel-format code of a library image.
-// Format codes double as bytes per pixel: 1 luminance, 2 luminance-alpha,
-// 3 RGB, 4 RGBA, 5 an external (camera) texture made elsewhere.
 class OV_EXPORT GPUImage2D : public RefBase {
  public:
   // A new texture with empty storage.

@@ -13,7 +13,7 @@ using orvan::gpu_internal::imageBytes;
 using orvan::gpu_internal::imageFormatCode;
 
 unsigned GPUImage3D::selectTextureTarget(int format) {
-  return format >= 1 && format <= 4 ? GL_TEXTURE_3D : GL_TEXTURE_2D;
+  return format >= GPU_FORMAT_LUMINANCE && format <= GPU_FORMAT_RGBA ? GL_TEXTURE_3D : GL_TEXTURE_2D;
 }
 
 unsigned GPUImage3D::selectTextureFormat(int format) { return GPUImage2D::selectTextureFormat(format); }

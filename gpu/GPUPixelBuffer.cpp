@@ -116,7 +116,7 @@ void GPUPixelBuffer::downloadImage(GPUImage2D* image, void* pixels) {
   int64_t n = imageBytes(image->getWidth(), image->getHeight(), 1, image->getFormat());
   // glReadPixels always writes RGBA, so the buffer must hold that much even
   // when the format code is smaller; only n bytes reach the caller.
-  int64_t rgba = imageBytes(image->getWidth(), image->getHeight(), 1, 4);
+  int64_t rgba = imageBytes(image->getWidth(), image->getHeight(), 1, GPU_FORMAT_RGBA);
   if (n <= 0 || rgba <= 0) return;
   int64_t storage = n > rgba ? n : rgba;
   glBindBuffer(GL_PIXEL_PACK_BUFFER, buffer);

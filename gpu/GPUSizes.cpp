@@ -7,7 +7,8 @@ namespace orvan::gpu_internal {
 int imageFormatCode(const Image* image) {
   if (image == nullptr || image->planes[0] == nullptr) return 0;
   int code = static_cast<int>(image->format);
-  if (code < 1 || code > 4 || image->bytesPerPixel != code) return 0;
+  if (code < Image::IMAGE_FORMAT_GRAY || code > Image::IMAGE_FORMAT_RGBA || image->bytesPerPixel != code)
+    return 0;
   if (image->width > INT32_MAX || image->height > INT32_MAX || image->depth > INT32_MAX) return 0;
   if (image->width == 0 || image->height == 0 || image->depth == 0) return 0;
   int64_t n = imageBytes(static_cast<int>(image->width), static_cast<int>(image->height),
