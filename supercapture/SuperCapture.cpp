@@ -48,8 +48,8 @@ SuperCapture::~SuperCapture() {
 
 int SuperCapture::init(unsigned int w, unsigned int h, unsigned int fmt) {
   OV_LOGD("SuperSensor::init ..............................................\n");
-  if (w == 0 || h == 0 || fmt == 0 || fmt > orvan::supercapture::kFormatPacked) return -1;
-  if (!orvan::supercapture::sizeFits(w, h) || workerStarted) return -1;
+  if (w == 0 || h == 0 || fmt == 0 || fmt > orvan::supercapture::kFormatPacked) return RESULT_INVALID;
+  if (!orvan::supercapture::sizeFits(w, h) || workerStarted) return RESULT_INVALID;
   width = w;
   height = h;
   format = fmt;
@@ -70,7 +70,7 @@ int SuperCapture::init(unsigned int w, unsigned int h, unsigned int fmt) {
     Mutex::Autolock hold(resultLock);
     finished = true;
   }
-  return 0;
+  return RESULT_OK;
 }
 
 int SuperCapture::pushFrame(unsigned char** planes) {
@@ -79,19 +79,19 @@ int SuperCapture::pushFrame(unsigned char** planes) {
       "planes[1]:%p, planes[2]:%p, planes[3]:%p \n",
       static_cast<void*>(plane(planes, 0)), static_cast<void*>(plane(planes, 1)),
       static_cast<void*>(plane(planes, 2)), static_cast<void*>(plane(planes, 3)));
-  if (allNull(planes)) return -1;
+  if (allNull(planes)) return RESULT_INVALID;
   if (plane(planes, 0) == nullptr || width == 0 || height == 0 ||
       format != orvan::supercapture::kFormatPacked)
-    return -3;
+    return RESULT_REFUSED;
   unsigned int bytes = width * height * 2;  // init checked that it fits
   auto* copy = static_cast<unsigned char*>(galloc_malloc(bytes));
-  if (copy == nullptr) return -3;
+  if (copy == nullptr) return RESULT_REFUSED;
   galloc_memcpy(copy, planes[0], bytes);
   unsigned char* owned[4] = {copy, nullptr, nullptr, nullptr};
   auto* raw = new (std::nothrow) SuperCaptureFrame(0, width, height, 1, owned);
   if (raw == nullptr) {
     galloc_free(copy);
-    return -3;
+    return RESULT_REFUSED;
   }
   auto_ptr<SuperCaptureFrame> frame(raw);
   OV_LOGD("SuperCapture::pushFrame success\n");
@@ -102,11 +102,11 @@ int SuperCapture::pushFrame(unsigned char** planes) {
     try {
       queue.push_back(frame);
     } catch (const std::bad_alloc&) {
-      return -3;  // nothing throws across the flat interface; the frame is freed
+      return RESULT_REFUSED;  // nothing throws across the flat interface; the frame is freed
     }
   }
   frameAvailable.signal();
-  return 0;
+  return RESULT_OK;
 }
 
 void SuperCapture::run() {
@@ -175,7 +175,7 @@ void SuperCapture::run() {
 
 int SuperCapture::popFrame(unsigned char** planes) {
   OV_LOGD("SuperCapture::popFrame .....................0");
-  if (allNull(planes)) return -1;
+  if (allNull(planes)) return RESULT_INVALID;
   OV_LOGD("SuperCapture::popFrame ..................... 1");
   running.store(false);
   OV_LOGD("SuperCapture::popFrame ..................... 2");
@@ -188,7 +188,7 @@ int SuperCapture::popFrame(unsigned char** planes) {
   OV_LOGD("SuperCapture::popFrame ..................... 3");
   if (merged != nullptr) galloc_memcpy(planes[0], merged->planes[0], width * height * 2);
   OV_LOGD("SuperCapture::popFrame ..................... 4");
-  return 0;
+  return RESULT_OK;
 }
 
 int SuperCapture::final() {
@@ -208,7 +208,7 @@ int SuperCapture::final() {
     queue.clear();
   }
   OV_LOGD("SuperCapture::final .....................  4");
-  return 0;
+  return RESULT_OK;
 }
 
 unsigned int SuperCapture::getQueuedCount() {
@@ -229,7 +229,7 @@ intptr_t super_capture_module_init(int width, int height, int format) {
   if (capture == nullptr) return 0;
   // Negative sizes become huge unsigned ones, which init refuses.
   if (capture->init(static_cast<unsigned int>(width), static_cast<unsigned int>(height),
-                    static_cast<unsigned int>(format)) != 0) {
+                    static_cast<unsigned int>(format)) != SuperCapture::RESULT_OK) {
     delete capture;
     return 0;
   }
@@ -238,13 +238,13 @@ intptr_t super_capture_module_init(int width, int height, int format) {
 
 int super_capture_module_push_frame(intptr_t handle, unsigned char** planes) {
   logPlanes("super_capture_module_push_frame", handle, planes);
-  if (handle == 0) return -1;
+  if (handle == 0) return SuperCapture::RESULT_INVALID;
   return reinterpret_cast<SuperCapture*>(handle)->pushFrame(planes);
 }
 
 int super_capture_module_pop_frame(intptr_t handle, unsigned char** planes) {
   logPlanes("super_capture_module_pop_frame", handle, planes);
-  if (handle == 0) return -1;
+  if (handle == 0) return SuperCapture::RESULT_INVALID;
   return reinterpret_cast<SuperCapture*>(handle)->popFrame(planes);
 }
 

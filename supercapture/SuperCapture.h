@@ -23,6 +23,13 @@ class OV_EXPORT SuperCapture : public Thread {
   SuperCapture(const SuperCapture&) = delete;
   SuperCapture& operator=(const SuperCapture&) = delete;
 
+  // Results of init, pushFrame and popFrame and of the flat calls.
+  enum Result : int {
+    RESULT_OK = 0,
+    RESULT_INVALID = -1,  // no pipeline, no plane at all, or bad init arguments
+    RESULT_REFUSED = -3,  // frame refused
+  };
+
   // 0 once the worker is started; -1 for a zero size, a format other than 1,
   // a frame too large for 32-bit byte counts, or a pipeline already running.
   int init(unsigned int width, unsigned int height, unsigned int format);
