@@ -14,7 +14,7 @@
 // Result codes of startup and pushFrame (the misspelling is the interface's).
 enum PanoramaResultType {
   PANORAMA_RESULT_TYPE_NO_ERROR = 0,
-  PANORAMA_RESULT_TYPE_OUT_OF_MEMRORY = 1,
+  PANORAMA_RESULT_TYPE_OUT_OF_MEMRORY = 1,  // spelling is part of the interface
   PANORAMA_RESULT_TYPE_WRONG_DIRECTION = 2,
   PANORAMA_RESULT_TYPE_INVALID_PARAMETER = 3,
   PANORAMA_RESULT_TYPE_INVALID_OPERATOR = 4,
