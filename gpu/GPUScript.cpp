@@ -10,6 +10,7 @@
 #include "core/Atomic.h"
 #include "core/Memory.h"
 #include "core/Stream.h"
+#include "gpu/GPUStrings.h"
 
 #ifndef OV_PROGRAM_CACHE_DIR
 #define OV_PROGRAM_CACHE_DIR "/data/local/"
@@ -74,48 +75,7 @@ bool writeCacheFile(const char* path, unsigned format, void* binary, int length)
   return ok && stat(path, &written) == 0 && written.st_size == static_cast<off_t>(length) + 4;
 }
 
-// A zero-filled copy of length + extra bytes, or null.
-char* copyString(const char* text, size_t extra) {
-  size_t length = strlen(text);
-  if (length + extra > 0xFFFFFFFFu) return nullptr;
-  char* copy = static_cast<char*>(galloc_malloc(static_cast<unsigned>(length + extra)));
-  if (copy == nullptr) return nullptr;
-  memset(copy, 0, length + extra);
-  memcpy(copy, text, length);
-  return copy;
-}
-
 }  // namespace
-
-// ---- GPUScriptSource ----
-
-GPUScriptSource* GPUScriptSource::createScriptSource(const char* name, const char* source) {
-  if (name == nullptr || source == nullptr || name[0] == 0 || source[0] == 0) return nullptr;
-  char* nameCopy = copyString(name, 100);
-  char* sourceCopy = copyString(source, 100);
-  if (nameCopy == nullptr || sourceCopy == nullptr) {
-    galloc_free(nameCopy);
-    galloc_free(sourceCopy);
-    return nullptr;
-  }
-  GPUScriptSource* result = new (std::nothrow) GPUScriptSource(nameCopy, sourceCopy);
-  if (result == nullptr) {
-    galloc_free(nameCopy);
-    galloc_free(sourceCopy);
-  }
-  return result;
-}
-
-GPUScriptSource::GPUScriptSource(char* name, char* source) : name(name), source(source) {}
-
-GPUScriptSource::~GPUScriptSource() {
-  galloc_free(name);
-  galloc_free(source);
-  name = nullptr;
-  source = nullptr;
-}
-
-// ---- GPUScript ----
 
 void GPUScript::setCacheDirectory(const char* directory) {
 #ifdef __ANDROID__
@@ -136,7 +96,7 @@ const char* GPUScript::getCacheDirectory() { return cacheDirectory(); }
 GPUScript::GPUScript(GPUContext* context, const char* name)
     : context(context), name(nullptr), binaryFormat(0), binary(nullptr), binaryLength(0), mOptions(0) {
   if (name == nullptr) return;
-  this->name = copyString(name, 1);
+  this->name = orvan::gpu_internal::copyString(name, 1);
   if (this->name != nullptr) loadCache();
 }
 
