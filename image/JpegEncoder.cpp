@@ -90,19 +90,9 @@ int compress(Stream* stream, const Image* image, int quality, RowPacker pack) {
 
 }  // namespace
 
-int ImageEncoder::encode(auto_ptr<Stream>& stream, auto_ptr<Image>& image, int quality) {
-  if (stream == nullptr || image == nullptr) return 0;
-  return onEncode(stream, image, quality);
-}
-
 int JpegEncoder::onEncode(auto_ptr<Stream>& stream, auto_ptr<Image>& image, int quality) {
   if (stream == nullptr || image == nullptr) return 0;
   const RowPacker pack = packerFor(image->format);
   if (pack == nullptr) return 0;
   return compress(stream.get(), image.get(), quality, pack);
-}
-
-ImageEncoder* ImageEncoderFactory::createImageEncoder(ImageEncoder::Type type) {
-  if (type != ImageEncoder::TYPE_JPEG) return nullptr;
-  return new (std::nothrow) JpegEncoder();
 }
