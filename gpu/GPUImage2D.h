@@ -61,30 +61,30 @@ class OV_EXPORT GPUImage2D : public RefBase {
   static unsigned selectTextureTarget(int format);
   static unsigned selectTextureFormat(int format);
 
-  GPUContext* getContext() const { return context.get(); }
-  unsigned getTexture() const { return texture; }
-  int getWidth() const { return width; }
-  int getHeight() const { return height; }
-  int getFormat() const { return format; }
-  unsigned getTarget() const { return target; }
-  unsigned getGLFormat() const { return glFormat; }
+  GPUContext* getContext() const { return mContext.get(); }
+  unsigned getTexture() const { return mTexture; }
+  int getWidth() const { return mWidth; }
+  int getHeight() const { return mHeight; }
+  int getFormat() const { return mFormat; }
+  unsigned getTarget() const { return mTarget; }
+  unsigned getGLFormat() const { return mGLFormat; }
   bool ownsTexture() const { return mOwnsTexture; }
-  GPUFramebuffer& getFramebuffer() { return framebuffer; }
-  GPUPixelBuffer& getPixelBuffer() { return pixelBuffer; }
+  GPUFramebuffer& getFramebuffer() { return mFramebuffer; }
+  GPUPixelBuffer& getPixelBuffer() { return mPixelBuffer; }
 
  private:
   void init(unsigned existing, bool generate, int width, int height, int format, bool allocate, void* pixels);
   void allocateStorage(void* pixels);
 
-  auto_ptr<GPUContext> context;
-  GPUFramebuffer framebuffer;
-  GPUPixelBuffer pixelBuffer;
-  int width;
-  int height;
-  int format;
-  unsigned texture;
-  unsigned target;
-  unsigned glFormat;
+  auto_ptr<GPUContext> mContext;
+  GPUFramebuffer mFramebuffer;
+  GPUPixelBuffer mPixelBuffer;
+  int mWidth;
+  int mHeight;
+  int mFormat;
+  unsigned mTexture;
+  unsigned mTarget;
+  unsigned mGLFormat;
   bool mOwnsTexture;
-  Mutex lock;
+  Mutex mLock;
 };

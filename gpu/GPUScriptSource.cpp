@@ -22,11 +22,11 @@ GPUScriptSource* GPUScriptSource::createScriptSource(const char* name, const cha
   return result;
 }
 
-GPUScriptSource::GPUScriptSource(char* name, char* source) : name(name), source(source) {}
+GPUScriptSource::GPUScriptSource(char* name, char* source) : mName(name), mSource(source) {}
 
 GPUScriptSource::~GPUScriptSource() {
-  galloc_free(name);
-  galloc_free(source);
-  name = nullptr;
-  source = nullptr;
+  galloc_free(mName);
+  galloc_free(mSource);
+  mName = nullptr;
+  mSource = nullptr;
 }
