@@ -55,19 +55,19 @@ class OV_EXPORT SuperCapture : public Thread {
   static constexpr int kLowLightThreshold = 25;
 
  private:
-  unsigned int width;
-  unsigned int height;
-  unsigned int format;
-  std::vector<auto_ptr<SuperCaptureFrame>> queue;  // a stack: newest at the back
-  auto_ptr<SuperCaptureFrame> result;
-  std::atomic<bool> running;
-  Mutex queueLock;
-  Mutex resultLock;
-  Condition frameAvailable;
-  Condition resultReady;
-  // Under resultLock: true once no worker will set the result any more.
-  bool finished;
-  bool workerStarted;
+  unsigned int mWidth;
+  unsigned int mHeight;
+  unsigned int mFormat;
+  std::vector<auto_ptr<SuperCaptureFrame>> mQueue;  // a stack: newest at the back
+  auto_ptr<SuperCaptureFrame> mResult;
+  std::atomic<bool> mRunning;
+  Mutex mQueueLock;
+  Mutex mResultLock;
+  Condition mFrameAvailable;
+  Condition mResultReady;
+  // Under mResultLock: true once no worker will set the result any more.
+  bool mFinished;
+  bool mWorkerStarted;
 };
 
 // Flat interface for the native camera stack. The handle is the pipeline's

@@ -44,66 +44,66 @@ bool usable(const auto_ptr<SuperCaptureFrame>& frame, const int32_t* acc, unsign
 // ---- low light: per-byte maximum
 
 SuperCaptureLowLightScheme::SuperCaptureLowLightScheme()
-    : accumulator(nullptr), m_Count(0), width(0), height(0) {}
+    : m_Accumulator(nullptr), m_Count(0), m_Width(0), m_Height(0) {}
 
-SuperCaptureLowLightScheme::~SuperCaptureLowLightScheme() { releaseAccumulator(accumulator); }
+SuperCaptureLowLightScheme::~SuperCaptureLowLightScheme() { releaseAccumulator(m_Accumulator); }
 
 void SuperCaptureLowLightScheme::init(unsigned int w, unsigned int h, unsigned int format) {
-  initAccumulator(accumulator, m_Count, width, height, w, h, format);
+  initAccumulator(m_Accumulator, m_Count, m_Width, m_Height, w, h, format);
 }
 
-void SuperCaptureLowLightScheme::release() { releaseAccumulator(accumulator); }
+void SuperCaptureLowLightScheme::release() { releaseAccumulator(m_Accumulator); }
 
 void SuperCaptureLowLightScheme::process(auto_ptr<SuperCaptureFrame>& frame) {
-  if (!usable(frame, accumulator, width, height)) return;
+  if (!usable(frame, m_Accumulator, m_Width, m_Height)) return;
   OV_LOGD("SuperCaptureLowLightScheme::process ............................m_Count:%d\n",
           static_cast<int>(m_Count));
   if (frame->planes[0] != nullptr)
-    orvan::supercapture::mergeMax(accumulator, frame->planes[0], frameBytes(width, height));
+    orvan::supercapture::mergeMax(m_Accumulator, frame->planes[0], frameBytes(m_Width, m_Height));
   ++m_Count;
 }
 
 void SuperCaptureLowLightScheme::getResult(auto_ptr<SuperCaptureFrame>& frame) {
-  if (!usable(frame, accumulator, width, height)) return;
+  if (!usable(frame, m_Accumulator, m_Width, m_Height)) return;
   OV_LOGD("SuperCaptureLowLightScheme::getResult ............................ m_Count:%d\n",
           static_cast<int>(m_Count));
   if (frame->planes[0] != nullptr)
-    orvan::supercapture::resultLowBits(frame->planes[0], accumulator, frameBytes(width, height));
+    orvan::supercapture::resultLowBits(frame->planes[0], m_Accumulator, frameBytes(m_Width, m_Height));
 }
 
 // ---- high light: per-byte truncated mean
 
 SuperCaptureHighLightScheme::SuperCaptureHighLightScheme()
-    : accumulator(nullptr), m_Count(0), width(0), height(0) {}
+    : m_Accumulator(nullptr), m_Count(0), m_Width(0), m_Height(0) {}
 
-SuperCaptureHighLightScheme::~SuperCaptureHighLightScheme() { releaseAccumulator(accumulator); }
+SuperCaptureHighLightScheme::~SuperCaptureHighLightScheme() { releaseAccumulator(m_Accumulator); }
 
 void SuperCaptureHighLightScheme::init(unsigned int w, unsigned int h, unsigned int format) {
-  initAccumulator(accumulator, m_Count, width, height, w, h, format);
+  initAccumulator(m_Accumulator, m_Count, m_Width, m_Height, w, h, format);
 }
 
-void SuperCaptureHighLightScheme::release() { releaseAccumulator(accumulator); }
+void SuperCaptureHighLightScheme::release() { releaseAccumulator(m_Accumulator); }
 
 void SuperCaptureHighLightScheme::process(auto_ptr<SuperCaptureFrame>& frame) {
-  if (!usable(frame, accumulator, width, height)) return;
+  if (!usable(frame, m_Accumulator, m_Width, m_Height)) return;
   OV_LOGD("SuperCaptureHighLightScheme::process ............................ m_Count:%d\n",
           static_cast<int>(m_Count));
   if (frame->planes[0] != nullptr) {
     // The first frame overwrites, so the accumulator needs no clearing pass.
     if (m_Count == 0) {
-      orvan::supercapture::mergeCopy(accumulator, frame->planes[0], frameBytes(width, height));
+      orvan::supercapture::mergeCopy(m_Accumulator, frame->planes[0], frameBytes(m_Width, m_Height));
     } else {
-      orvan::supercapture::mergeAdd(accumulator, frame->planes[0], frameBytes(width, height));
+      orvan::supercapture::mergeAdd(m_Accumulator, frame->planes[0], frameBytes(m_Width, m_Height));
     }
   }
   ++m_Count;
 }
 
 void SuperCaptureHighLightScheme::getResult(auto_ptr<SuperCaptureFrame>& frame) {
-  if (!usable(frame, accumulator, width, height)) return;
+  if (!usable(frame, m_Accumulator, m_Width, m_Height)) return;
   OV_LOGD("SuperCaptureHighLightScheme::getResult ............................ m_Count:%d\n",
           static_cast<int>(m_Count));
   if (m_Count == 0 || frame->planes[0] == nullptr) return;
-  orvan::supercapture::resultMean(frame->planes[0], accumulator, frameBytes(width, height),
+  orvan::supercapture::resultMean(frame->planes[0], m_Accumulator, frameBytes(m_Width, m_Height),
                                   static_cast<int32_t>(m_Count));
 }
