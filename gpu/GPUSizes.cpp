@@ -1,6 +1,21 @@
 #include "gpu/GPUSizes.h"
 
+#include "gpu/GPUImage2D.h"
 #include "image/Image.h"
+
+namespace {
+
+// An Image of the first four formats goes to the GPU under the same code.
+constexpr bool sameCode(GPUFormatCode gpu, Image::ImageFormatType image) {
+  return static_cast<int>(gpu) == static_cast<int>(image);
+}
+static_assert(sameCode(GPU_FORMAT_LUMINANCE, Image::IMAGE_FORMAT_GRAY) &&
+                  sameCode(GPU_FORMAT_LUMINANCE_ALPHA, Image::IMAGE_FORMAT_PACKED16) &&
+                  sameCode(GPU_FORMAT_RGB, Image::IMAGE_FORMAT_RGB) &&
+                  sameCode(GPU_FORMAT_RGBA, Image::IMAGE_FORMAT_RGBA),
+              "GPU and image format codes");
+
+}  // namespace
 
 namespace orvan::gpu_internal {
 
