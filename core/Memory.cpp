@@ -21,7 +21,8 @@ void* ov_malloc(unsigned int size) { return size == 0 ? nullptr : malloc(size); 
 
 void* ov_malloc_has_tag(unsigned int tag, unsigned int size) {
   // size + 4 must not wrap where size_t is 32 bits.
-  if (size == 0 || sizerule::within(sizerule::kUintLimit, int64_t{size} + kTagBytes) < 0) return nullptr;
+  if (size == 0 || orvan::sizerule::within(orvan::sizerule::kUintLimit, int64_t{size} + kTagBytes) < 0)
+    return nullptr;
   auto* block = static_cast<unsigned char*>(malloc(size_t{size} + kTagBytes));
   if (block == nullptr) return nullptr;
   storeBigEndian(block, tag);

@@ -10,20 +10,20 @@
 // count back to 0 deletes it.
 class OV_EXPORT RefBase {
  public:
-  RefBase() : refcount(0) {}
-  RefBase(const RefBase&) : refcount(0) {}
+  RefBase() : mRefCount(0) {}
+  RefBase(const RefBase&) : mRefCount(0) {}
   RefBase& operator=(const RefBase&) { return *this; }
   virtual ~RefBase();
 
   // Kept so that derived virtuals start after it; nothing calls it.
   virtual int baseQuery();
 
-  int incStrong() { return atomic_inc32(&refcount); }
-  int decStrong() { return atomic_dec32(&refcount); }
-  int getRefCount() const { return __atomic_load_n(&refcount, __ATOMIC_SEQ_CST); }
+  int incStrong() { return atomic_inc32(&mRefCount); }
+  int decStrong() { return atomic_dec32(&mRefCount); }
+  int getRefCount() const { return __atomic_load_n(&mRefCount, __ATOMIC_SEQ_CST); }
 
  private:
-  int refcount;
+  int mRefCount;
 };
 
 // Intrusive strong pointer (not the standard library's class of that name):

@@ -7,7 +7,7 @@
 // in 64 bits, never in size_t or int first, and a count that does not fit the
 // type the interface sizes things with is refused. Each helper returns the
 // count, or -1 when a factor is negative or the product exceeds the limit.
-namespace sizerule {
+namespace orvan::sizerule {
 
 constexpr int64_t kIntLimit = INT32_MAX;    // interfaces sized with int
 constexpr int64_t kUintLimit = UINT32_MAX;  // interfaces sized with unsigned 32-bit
@@ -65,4 +65,4 @@ constexpr int64_t within(int64_t limit, int64_t count) { return count >= 0 && co
 // Whether a count fits an int (for example a byte count returned as int).
 constexpr bool fitsInt(int64_t count) { return within(kIntLimit, count) >= 0; }
 
-}  // namespace sizerule
+}  // namespace orvan::sizerule

@@ -9,7 +9,7 @@
 // exceptions: file streams answer 0, memory streams -1 for bad arguments.
 class OV_EXPORT Stream : public RefBase {
  public:
-  // The stdio origins.
+  // The stdio origins. "Orign" is spelt as the interface has it.
   enum SeekOrign { SEEK_ORIGN_BEGIN = 0, SEEK_ORIGN_CURRENT = 1, SEEK_ORIGN_END = 2 };
 
   virtual int read(void* buffer, unsigned int size) = 0;

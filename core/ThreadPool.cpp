@@ -2,42 +2,15 @@
 
 #include <sched.h>
 
-ThreadWorker::ThreadWorker(ThreadPool* owner) : pool(owner) {}
-
-void ThreadWorker::startWork() {
-  working.store(true);
-  // A worker whose thread never came up must not count as draining the queue.
-  if (start() != 0) working.store(false);
-}
-
-void ThreadWorker::stopWork() { working.store(false); }
-
-void ThreadWorker::run() {
-  if (pool == nullptr || !working.load()) return;
-  do {
-    pool->queueLock.lock();
-    while (working.load() && pool->tasks.empty()) pool->taskAvailable.wait(pool->queueLock);
-    if (pool->tasks.empty()) {
-      // Woken to stop.
-      pool->queueLock.unlock();
-      break;
-    }
-    auto_ptr<IRunnable> task = pool->tasks.front();
-    pool->tasks.erase(pool->tasks.begin());
-    pool->queueLock.unlock();
-    if (task != nullptr) task->run();
-  } while (working.load());
-}
-
-ThreadPool::ThreadPool(int count) : threadCount(count) {
-  for (int i = 0; i < count; ++i) workers.push_back(auto_ptr<ThreadWorker>(new ThreadWorker(this)));
+ThreadPool::ThreadPool(int count) : mThreadCount(count) {
+  for (int i = 0; i < count; ++i) mWorkers.push_back(auto_ptr<ThreadWorker>(new ThreadWorker(this)));
 }
 
 ThreadPool::~ThreadPool() { shutdown(); }
 
 void ThreadPool::start() {
   // A second start must not put a second thread on a worker that already runs.
-  for (auto& worker : workers) {
+  for (auto& worker : mWorkers) {
     if (!worker->isWorking()) worker->startWork();
   }
 }
@@ -47,40 +20,40 @@ int ThreadPool::submit(IRunnable* task) {
   // count held past the unlock could be the last one, and the submitter
   // would then delete a task that a worker has run.
   {
-    Mutex::Autolock hold(queueLock);
-    tasks.emplace_back(task);
+    Mutex::Autolock hold(mQueueLock);
+    mTasks.emplace_back(task);
   }
-  return taskAvailable.signal();
+  return mTaskAvailable.signal();
 }
 
 int ThreadPool::submit(auto_ptr<IRunnable>& task) {
-  queueLock.lock();
-  tasks.push_back(task);
-  queueLock.unlock();
-  return taskAvailable.signal();
+  mQueueLock.lock();
+  mTasks.push_back(task);
+  mQueueLock.unlock();
+  return mTaskAvailable.signal();
 }
 
 void ThreadPool::shutdown() {
   bool anyWorking = false;
-  for (auto& worker : workers) anyWorking = anyWorking || worker->isWorking();
+  for (auto& worker : mWorkers) anyWorking = anyWorking || worker->isWorking();
   // Without running workers the queue would never drain.
   while (anyWorking) {
-    queueLock.lock();
-    bool drained = tasks.empty();
-    queueLock.unlock();
+    mQueueLock.lock();
+    bool drained = mTasks.empty();
+    mQueueLock.unlock();
     if (drained) break;
     sched_yield();
   }
 
-  queueLock.lock();
-  for (auto& worker : workers) worker->stopWork();
-  taskAvailable.broadcast();
-  queueLock.unlock();
-  for (auto& worker : workers) worker->join();
-  workers.clear();
+  mQueueLock.lock();
+  for (auto& worker : mWorkers) worker->stopWork();
+  mTaskAvailable.broadcast();
+  mQueueLock.unlock();
+  for (auto& worker : mWorkers) worker->join();
+  mWorkers.clear();
 
-  queueLock.lock();
+  mQueueLock.lock();
   std::vector<auto_ptr<IRunnable>> left;
-  left.swap(tasks);
-  queueLock.unlock();
+  left.swap(mTasks);
+  mQueueLock.unlock();
 }

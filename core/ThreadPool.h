@@ -20,14 +20,14 @@ class OV_EXPORT ThreadWorker : public Thread {
   // Only clears the flag: the worker leaves its loop after its current task
   // or when it next finds the queue empty.
   void stopWork();
-  bool isWorking() const { return working.load(); }
+  bool isWorking() const { return mWorking.load(); }
 
   void run() override;
 
  private:
   friend class ThreadPool;
-  std::atomic<bool> working{false};
-  ThreadPool* pool;  // not counted: the pool owns its workers
+  std::atomic<bool> mWorking{false};
+  ThreadPool* mPool;  // not counted: the pool owns its workers
 };
 
 // Fixed set of workers taking tasks from one FIFO queue in submission order.
@@ -43,14 +43,14 @@ class OV_EXPORT ThreadPool : public RefBase {
   // Waits for the queue to drain, then stops and joins every worker.
   void shutdown();
 
-  int getThreadCount() const { return threadCount; }
+  int getThreadCount() const { return mThreadCount; }
 
  private:
   friend class ThreadWorker;
 
-  int threadCount;
-  std::vector<auto_ptr<ThreadWorker>> workers;
-  std::vector<auto_ptr<IRunnable>> tasks;
-  Condition taskAvailable;
-  Mutex queueLock;
+  int mThreadCount;
+  std::vector<auto_ptr<ThreadWorker>> mWorkers;
+  std::vector<auto_ptr<IRunnable>> mTasks;
+  Condition mTaskAvailable;
+  Mutex mQueueLock;
 };

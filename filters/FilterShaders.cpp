@@ -2,7 +2,7 @@
 
 // Raw literals keep the texts exactly as the GPU receives them, trailing
 // blanks included.
-namespace filter_shaders {
+namespace orvan::filter_shaders {
 
 const char kVertexShader[] = R"(attribute vec4 a_position;
 attribute vec2 a_texcoord;
@@ -140,4 +140,4 @@ const char kXrayFragment[] = R"(void main() {
 }
 )";
 
-}  // namespace filter_shaders
+}  // namespace orvan::filter_shaders

@@ -4,7 +4,7 @@
 // headers followed by a filter body; the texts are byte-exact (some lines end
 // in a blank) because compiled programs are cached under the filter's name and
 // a changed text must produce the same program the cache was made from.
-namespace filter_shaders {
+namespace orvan::filter_shaders {
 
 extern const char kVertexShader[];
 extern const char kFragmentHeader2D[];
@@ -18,4 +18,4 @@ extern const char kTemperatureFragment[];
 extern const char kTimetunnelFragment[];
 extern const char kXrayFragment[];
 
-}  // namespace filter_shaders
+}  // namespace orvan::filter_shaders

@@ -19,8 +19,8 @@ const float kDefaultTexVertices[8] = {1.0f, 1.0f, 1.0f, 0.0f, 0.0f, 1.0f, 0.0f, 
 
 const int kMaxScriptName = 255;
 const char kOesSuffix[] = "_oes";
-const int kRgba = 4;
-const int kExternal = 5;
+const int kRgba = GPU_FORMAT_RGBA;
+const int kExternal = GPU_FORMAT_EXTERNAL;
 
 // RGBA byte count of a picture, or -1 when a side is negative or the count
 // does not fit an int.
@@ -68,7 +68,7 @@ bool ImageFilterBaseGL::initEngine() {
 }
 
 const char* ImageFilterBaseGL::getFragmentHeader(unsigned m) {
-  return m != 0 ? filter_shaders::kFragmentHeader2D : filter_shaders::kFragmentHeaderOES;
+  return m != 0 ? orvan::filter_shaders::kFragmentHeader2D : orvan::filter_shaders::kFragmentHeaderOES;
 }
 
 bool ImageFilterBaseGL::setupGraphics(unsigned m) {
@@ -240,6 +240,6 @@ void ImageFilterBaseGL::release() {
 
 const char* ImageFilterBaseGL::getFilterName() const { return "ImageFilterBase"; }
 
-const char* ImageFilterBaseGL::getVertexShader() const { return filter_shaders::kVertexShader; }
+const char* ImageFilterBaseGL::getVertexShader() const { return orvan::filter_shaders::kVertexShader; }
 
-const char* ImageFilterBaseGL::getFragmentShader() const { return filter_shaders::kBaseFragment; }
+const char* ImageFilterBaseGL::getFragmentShader() const { return orvan::filter_shaders::kBaseFragment; }

@@ -43,7 +43,7 @@ bool ImageFilterTableGL::initParameters() {
       }
     }
   }
-  mLookup = new GPUImage2D(mGPUContext, kTableWidth, kTableHeight, kTableChannels, mTable->data);
+  mLookup = new GPUImage2D(mGPUContext, kTableWidth, kTableHeight, GPU_FORMAT_RGB, mTable->data);
   return true;
 }
 
@@ -75,7 +75,7 @@ void ImageFilterTableGL::setParameters(const char* name, void* value) {
         s += src->channels;
       }
     }
-    mLookup->set(kTableWidth, kTableHeight, kTableChannels, mTable->data);
+    mLookup->set(kTableWidth, kTableHeight, GPU_FORMAT_RGB, mTable->data);
   } else {
     ImageFilterBaseGL::setParameters(name, value);
   }
@@ -93,4 +93,4 @@ void ImageFilterTableGL::release() {
 }
 
 const char* ImageFilterTableGL::getFilterName() const { return "ImageFilterTable"; }
-const char* ImageFilterTableGL::getFragmentShader() const { return filter_shaders::kTableFragment; }
+const char* ImageFilterTableGL::getFragmentShader() const { return orvan::filter_shaders::kTableFragment; }

@@ -45,9 +45,9 @@ EGLint drainEGLErrors(const char* op) {
 
 GPUEngine::GPUEngine(ANativeWindow* window, unsigned width, unsigned height)
     : mGPUContext(new (std::nothrow) GPUContext(window, width, height)),
-      display(EGL_NO_DISPLAY),
-      context(EGL_NO_CONTEXT),
-      surface(EGL_NO_SURFACE),
+      mDisplay(EGL_NO_DISPLAY),
+      mContext(EGL_NO_CONTEXT),
+      mSurface(EGL_NO_SURFACE),
       mOwnsDisplay(false) {}
 
 GPUEngine::~GPUEngine() {}
@@ -61,7 +61,7 @@ bool GPUEngine::setup() {
   GPUContext* gc = mGPUContext.get();
   if (gc == nullptr) return false;
   // Setting up twice would leak the first set of EGL objects.
-  if (display != EGL_NO_DISPLAY || gc->display != EGL_NO_DISPLAY) return false;
+  if (mDisplay != EGL_NO_DISPLAY || gc->display != EGL_NO_DISPLAY) return false;
 
   const EGLint pbufferAttribs[] = {EGL_WIDTH, static_cast<EGLint>(gc->width), EGL_HEIGHT,
                                    static_cast<EGLint>(gc->height), EGL_NONE};
@@ -155,38 +155,38 @@ bool GPUEngine::setup() {
   gc->display = dpy;
   gc->surface = surf;
   gc->context = ctx;
-  display = dpy;
-  surface = surf;
-  context = ctx;
+  mDisplay = dpy;
+  mSurface = surf;
+  mContext = ctx;
   mOwnsDisplay = true;
   return true;
 }
 
 void GPUEngine::startup() {
-  if (display == EGL_NO_DISPLAY || surface == EGL_NO_SURFACE || context == EGL_NO_CONTEXT) return;
-  if (eglMakeCurrent(display, surface, surface, context) != EGL_TRUE) {
+  if (mDisplay == EGL_NO_DISPLAY || mSurface == EGL_NO_SURFACE || mContext == EGL_NO_CONTEXT) return;
+  if (eglMakeCurrent(mDisplay, mSurface, mSurface, mContext) != EGL_TRUE) {
     OV_LOGD("eglMakeCurrent error:%d\n", eglGetError());
   }
 }
 
 void GPUEngine::flush() {
-  if (display == EGL_NO_DISPLAY || surface == EGL_NO_SURFACE) return;
-  eglSwapBuffers(display, surface);
+  if (mDisplay == EGL_NO_DISPLAY || mSurface == EGL_NO_SURFACE) return;
+  eglSwapBuffers(mDisplay, mSurface);
   GPUUtils::checkEGLError("eglSwapBuffers", 1);
 }
 
 void GPUEngine::close() {
-  if (display == EGL_NO_DISPLAY || surface == EGL_NO_SURFACE || context == EGL_NO_CONTEXT) return;
-  eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+  if (mDisplay == EGL_NO_DISPLAY || mSurface == EGL_NO_SURFACE || mContext == EGL_NO_CONTEXT) return;
+  eglMakeCurrent(mDisplay, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
 }
 
 void GPUEngine::destroy() {
-  if (display == EGL_NO_DISPLAY || surface == EGL_NO_SURFACE || context == EGL_NO_CONTEXT) return;
-  eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
-  eglDestroySurface(display, surface);
-  eglDestroyContext(display, context);
+  if (mDisplay == EGL_NO_DISPLAY || mSurface == EGL_NO_SURFACE || mContext == EGL_NO_CONTEXT) return;
+  eglMakeCurrent(mDisplay, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+  eglDestroySurface(mDisplay, mSurface);
+  eglDestroyContext(mDisplay, mContext);
   // Borrowed state is torn down as it is; a display we initialised stays up.
-  if (!mOwnsDisplay) eglTerminate(display);
+  if (!mOwnsDisplay) eglTerminate(mDisplay);
   GPUContext* gc = mGPUContext.get();
   if (gc != nullptr) {
     gc->display = EGL_NO_DISPLAY;
@@ -195,9 +195,9 @@ void GPUEngine::destroy() {
     gc->surfaceWidth = 0;
     gc->surfaceHeight = 0;
   }
-  display = EGL_NO_DISPLAY;
-  context = EGL_NO_CONTEXT;
-  surface = EGL_NO_SURFACE;
+  mDisplay = EGL_NO_DISPLAY;
+  mContext = EGL_NO_CONTEXT;
+  mSurface = EGL_NO_SURFACE;
   mOwnsDisplay = false;
 }
 
@@ -216,8 +216,8 @@ GPUEngine* GPUEngine::getCurrentEngine() {
   gc->display = dpy;
   gc->context = ctx;
   gc->surface = surf;
-  engine->display = dpy;
-  engine->context = ctx;
-  engine->surface = surf;
+  engine->mDisplay = dpy;
+  engine->mContext = ctx;
+  engine->mSurface = surf;
   return engine;
 }

@@ -35,17 +35,17 @@ class OV_EXPORT GPUEngine : public RefBase {
   auto_ptr<GPUContext>& getContext() { return mGPUContext; }
   GPUContext* getGPUContext() const { return mGPUContext.get(); }
 
-  EGLDisplay getDisplay() const { return display; }
-  EGLContext getEGLContext() const { return context; }
-  EGLSurface getSurface() const { return surface; }
+  EGLDisplay getDisplay() const { return mDisplay; }
+  EGLContext getEGLContext() const { return mContext; }
+  EGLSurface getSurface() const { return mSurface; }
 
  private:
   // Releases whatever a failed setup created.
   void releasePartial(EGLDisplay dpy, EGLSurface surf, EGLContext ctx);
 
   auto_ptr<GPUContext> mGPUContext;
-  EGLDisplay display;
-  EGLContext context;
-  EGLSurface surface;
+  EGLDisplay mDisplay;
+  EGLContext mContext;
+  EGLSurface mSurface;
   bool mOwnsDisplay;  // set up by this engine (false for borrowed state)
 };

@@ -13,11 +13,11 @@ const GLenum kAttachments[4] = {GL_COLOR_ATTACHMENT0, GL_COLOR_ATTACHMENT1, GL_C
 
 }  // namespace
 
-GPUFramebuffer::GPUFramebuffer(GPUContext* context) : context(context), framebuffer(0) {
+GPUFramebuffer::GPUFramebuffer(GPUContext* context) : mContext(context), mFramebuffer(0) {
   GLuint name = 0;
   glGenFramebuffers(1, &name);
   GPUUtils::checkGLError("glGenFramebuffers");
-  framebuffer = name;
+  mFramebuffer = name;
 }
 
 GPUFramebuffer::GPUFramebuffer(auto_ptr<GPUContext>& context) : GPUFramebuffer(context.get()) {}
@@ -25,23 +25,23 @@ GPUFramebuffer::GPUFramebuffer(auto_ptr<GPUContext>& context) : GPUFramebuffer(c
 GPUFramebuffer::~GPUFramebuffer() { release(); }
 
 void GPUFramebuffer::release() {
-  drawTargets.clear();
-  if (framebuffer == 0) return;
-  GLuint name = framebuffer;
+  mDrawTargets.clear();
+  if (mFramebuffer == 0) return;
+  GLuint name = mFramebuffer;
   glDeleteFramebuffers(1, &name);
   GPUUtils::checkGLError("glDeleteFramebuffers");
-  framebuffer = 0;
+  mFramebuffer = 0;
 }
 
 void GPUFramebuffer::beginDraw() {
-  glBindFramebuffer(GL_DRAW_FRAMEBUFFER, framebuffer);
+  glBindFramebuffer(GL_DRAW_FRAMEBUFFER, mFramebuffer);
   GPUUtils::checkGLError("glBindFramebuffer");
-  drawTargets.clear();
+  mDrawTargets.clear();
 }
 
 void GPUFramebuffer::setDrawTarget(int index, GPUImage2D* image) {
   if (image == nullptr || index < 0 || index >= 4) return;
-  drawTargets.push_back(index);
+  mDrawTargets.push_back(index);
   glFramebufferTexture2D(GL_DRAW_FRAMEBUFFER, kAttachments[index], GL_TEXTURE_2D, image->getTexture(), 0);
   GPUUtils::checkGLError("glFramebufferTexture2D");
   GPUUtils::checkFramebufferStatusDetail("glFramebufferTexture2D");
@@ -52,18 +52,18 @@ void GPUFramebuffer::setDrawTarget(int index, auto_ptr<GPUImage2D>& image) {
 }
 
 void GPUFramebuffer::endDraw() {
-  if (drawTargets.empty()) return;
-  std::sort(drawTargets.begin(), drawTargets.end());
+  if (mDrawTargets.empty()) return;
+  std::sort(mDrawTargets.begin(), mDrawTargets.end());
   // The list has four entries: more targets (repeated indices) are cut off.
   GLenum list[4] = {GL_NONE, GL_NONE, GL_NONE, GL_NONE};
-  size_t count = std::min<size_t>(drawTargets.size(), 4);
-  for (size_t k = 0; k < count; ++k) list[k] = kAttachments[drawTargets[k]];
+  size_t count = std::min<size_t>(mDrawTargets.size(), 4);
+  for (size_t k = 0; k < count; ++k) list[k] = kAttachments[mDrawTargets[k]];
   glDrawBuffers(static_cast<GLsizei>(count), list);
   GPUUtils::checkGLError("glDrawBuffers");
 }
 
 void GPUFramebuffer::beginRead() {
-  glBindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer);
+  glBindFramebuffer(GL_READ_FRAMEBUFFER, mFramebuffer);
   GPUUtils::checkGLError("glBindFramebuffer");
 }
 
@@ -90,7 +90,7 @@ void GPUFramebuffer::setFramebufferTarget(GPUFramebuffer* framebuffer, GPUImage2
     GPUUtils::checkGLError("glBindFramebuffer");
     return;
   }
-  glBindFramebuffer(GL_FRAMEBUFFER, framebuffer->framebuffer);
+  glBindFramebuffer(GL_FRAMEBUFFER, framebuffer->mFramebuffer);
   GPUUtils::checkGLError("glBindFramebuffer");
   glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, image->getTexture(), 0);
   GPUUtils::checkGLError("glFramebufferTexture2D");

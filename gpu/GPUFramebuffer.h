@@ -37,11 +37,11 @@ class OV_EXPORT GPUFramebuffer : public RefBase {
   static void setFramebufferTarget(GPUFramebuffer* framebuffer, GPUImage2D* image);
   static void setFramebufferTarget(auto_ptr<GPUFramebuffer>& framebuffer, auto_ptr<GPUImage2D>& image);
 
-  unsigned getFramebuffer() const { return framebuffer; }
-  const std::vector<int>& getDrawTargets() const { return drawTargets; }
+  unsigned getFramebuffer() const { return mFramebuffer; }
+  const std::vector<int>& getDrawTargets() const { return mDrawTargets; }
 
  private:
-  auto_ptr<GPUContext> context;
-  std::vector<int> drawTargets;
-  unsigned framebuffer;
+  auto_ptr<GPUContext> mContext;
+  std::vector<int> mDrawTargets;
+  unsigned mFramebuffer;
 };

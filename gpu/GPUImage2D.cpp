@@ -8,8 +8,8 @@
 #include "gpu/GPUUtils.h"
 #include "image/Image.h"
 
-using gpu_internal::imageBytes;
-using gpu_internal::imageFormatCode;
+using orvan::gpu_internal::imageBytes;
+using orvan::gpu_internal::imageFormatCode;
 
 namespace {
 
@@ -20,17 +20,17 @@ const GLenum kFormats[4] = {GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_RGB, GL_RGBA};
 }  // namespace
 
 unsigned GPUImage2D::selectTextureTarget(int format) {
-  if (format >= 1 && format <= 5) return kTargets[format - 1];
+  if (format >= GPU_FORMAT_LUMINANCE && format <= GPU_FORMAT_EXTERNAL) return kTargets[format - 1];
   return GL_TEXTURE_2D;
 }
 
 unsigned GPUImage2D::selectTextureFormat(int format) {
-  if (format >= 1 && format <= 4) return kFormats[format - 1];
+  if (format >= GPU_FORMAT_LUMINANCE && format <= GPU_FORMAT_RGBA) return kFormats[format - 1];
   return 0;
 }
 
 GPUImage2D::GPUImage2D(GPUContext* context, int width, int height, int format)
-    : context(context), framebuffer(context), pixelBuffer(context), mOwnsTexture(true) {
+    : mContext(context), mFramebuffer(context), mPixelBuffer(context), mOwnsTexture(true) {
   init(0, true, width, height, format, true, nullptr);
 }
 
@@ -39,7 +39,7 @@ GPUImage2D::GPUImage2D(auto_ptr<GPUContext>& context, int width, int height, int
 
 GPUImage2D::GPUImage2D(GPUContext* context, unsigned texture, int width, int height, int format,
                        bool allocate, bool own)
-    : context(context), framebuffer(context), pixelBuffer(context), mOwnsTexture(own) {
+    : mContext(context), mFramebuffer(context), mPixelBuffer(context), mOwnsTexture(own) {
   init(texture, false, width, height, format, allocate, nullptr);
 }
 
@@ -48,7 +48,7 @@ GPUImage2D::GPUImage2D(auto_ptr<GPUContext>& context, unsigned texture, int widt
     : GPUImage2D(context.get(), texture, width, height, format, allocate, own) {}
 
 GPUImage2D::GPUImage2D(GPUContext* context, int width, int height, int format, void* pixels)
-    : context(context), framebuffer(context), pixelBuffer(context), mOwnsTexture(true) {
+    : mContext(context), mFramebuffer(context), mPixelBuffer(context), mOwnsTexture(true) {
   init(0, true, width, height, format, true, pixels);
 }
 
@@ -58,29 +58,29 @@ GPUImage2D::GPUImage2D(auto_ptr<GPUContext>& context, int width, int height, int
 GPUImage2D::~GPUImage2D() { recycle(); }
 
 void GPUImage2D::init(unsigned existing, bool generate, int w, int h, int f, bool allocate, void* pixels) {
-  texture = existing;
-  width = w;
-  height = h;
-  format = f;
-  target = selectTextureTarget(f);
-  glFormat = selectTextureFormat(f);
+  mTexture = existing;
+  mWidth = w;
+  mHeight = h;
+  mFormat = f;
+  mTarget = selectTextureTarget(f);
+  mGLFormat = selectTextureFormat(f);
   // Sizes GL cannot take (negative, or more bytes than fit 32 bits) leave the
   // image without a texture rather than half-made.
   if (imageBytes(w, h, 1, f < 1 ? 1 : f) < 0) {
-    if (generate) texture = 0;
+    if (generate) mTexture = 0;
     return;
   }
-  if (generate) texture = gpu_internal::generateTexture();
+  if (generate) mTexture = orvan::gpu_internal::generateTexture();
   if (allocate) allocateStorage(pixels);
 }
 
 void GPUImage2D::allocateStorage(void* pixels) {
-  gpu_internal::specifyTexture(target, texture, false, [&] {
+  orvan::gpu_internal::specifyTexture(mTarget, mTexture, false, [&] {
     if (pixels != nullptr) {
-      pixelBuffer.uploadImage(this, pixels);
+      mPixelBuffer.uploadImage(this, pixels);
       return;
     }
-    glTexImage2D(target, 0, static_cast<GLint>(glFormat), width, height, 0, glFormat, GL_UNSIGNED_BYTE,
+    glTexImage2D(mTarget, 0, static_cast<GLint>(mGLFormat), mWidth, mHeight, 0, mGLFormat, GL_UNSIGNED_BYTE,
                  nullptr);
     GPUUtils::checkGLError("glTexImage2D");
   });
@@ -88,33 +88,33 @@ void GPUImage2D::allocateStorage(void* pixels) {
 
 void GPUImage2D::set(int w, int h, int f, void* pixels) {
   if (imageBytes(w, h, 1, f < 1 ? 1 : f) < 0) return;
-  init(texture, false, w, h, f, true, pixels);
+  init(mTexture, false, w, h, f, true, pixels);
 }
 
 bool GPUImage2D::upload(void* pixels, int size) {
   if (pixels == nullptr) return false;
-  int64_t n = imageBytes(width, height, 1, format);
+  int64_t n = imageBytes(mWidth, mHeight, 1, mFormat);
   if (n < 0 || n > size) return false;
-  Mutex::Autolock guard(lock);
-  pixelBuffer.uploadImage(this, pixels);
+  Mutex::Autolock guard(mLock);
+  mPixelBuffer.uploadImage(this, pixels);
   return true;
 }
 
 bool GPUImage2D::download(void* pixels, int size) {
   if (pixels == nullptr) return false;
-  int64_t n = imageBytes(width, height, 1, format);
+  int64_t n = imageBytes(mWidth, mHeight, 1, mFormat);
   if (n < 0 || n > size) return false;
-  Mutex::Autolock guard(lock);
-  GPUFramebuffer::setFramebufferTarget(&framebuffer, this);
-  pixelBuffer.downloadImage(this, pixels);
+  Mutex::Autolock guard(mLock);
+  GPUFramebuffer::setFramebufferTarget(&mFramebuffer, this);
+  mPixelBuffer.downloadImage(this, pixels);
   GPUFramebuffer::setFramebufferTarget(nullptr, nullptr);
   return true;
 }
 
 void GPUImage2D::recycle() {
-  if (!mOwnsTexture || texture == 0) return;
-  gpu_internal::deleteTexture(texture);
-  texture = 0;
+  if (!mOwnsTexture || mTexture == 0) return;
+  orvan::gpu_internal::deleteTexture(mTexture);
+  mTexture = 0;
 }
 
 GPUImage2D* GPUImage2D::createFromImage(GPUContext* context, Image* image) {
@@ -122,7 +122,7 @@ GPUImage2D* GPUImage2D::createFromImage(GPUContext* context, Image* image) {
   if (context == nullptr || code == 0 || image->depth != 1) return nullptr;
   GPUImage2D* result = new (std::nothrow) GPUImage2D(context, static_cast<int>(image->width),
                                                      static_cast<int>(image->height), code, image->planes[0]);
-  return gpu_internal::keepIfTextured(result);
+  return orvan::gpu_internal::keepIfTextured(result);
 }
 
 GPUImage2D* GPUImage2D::createFromImage(auto_ptr<GPUContext>& context, auto_ptr<Image>& image) {
@@ -131,22 +131,24 @@ GPUImage2D* GPUImage2D::createFromImage(auto_ptr<GPUContext>& context, auto_ptr<
 
 bool GPUImage2D::upload(Image* image) {
   int code = imageFormatCode(image);
-  if (code == 0 || code != format || image->depth != 1 || texture == 0) return false;
-  if (image->width != static_cast<unsigned>(width) || image->height != static_cast<unsigned>(height))
+  if (code == 0 || code != mFormat || image->depth != 1 || mTexture == 0) return false;
+  if (image->width != static_cast<unsigned>(mWidth) || image->height != static_cast<unsigned>(mHeight))
     return false;
-  gpu_internal::bindTexture(target, texture);
-  bool done = upload(image->planes[0], static_cast<int>(imageBytes(width, height, 1, format)));
-  gpu_internal::bindTexture(target, 0);
+  orvan::gpu_internal::bindTexture(mTarget, mTexture);
+  bool done = upload(image->planes[0], static_cast<int>(imageBytes(mWidth, mHeight, 1, mFormat)));
+  orvan::gpu_internal::bindTexture(mTarget, 0);
   return done;
 }
 
 bool GPUImage2D::upload(auto_ptr<Image>& image) { return upload(image.get()); }
 
 bool GPUImage2D::download(Image* image) {
-  if (imageFormatCode(image) != 4 || format != 4 || image->depth != 1 || texture == 0) return false;
-  if (image->width != static_cast<unsigned>(width) || image->height != static_cast<unsigned>(height))
+  if (imageFormatCode(image) != GPU_FORMAT_RGBA || mFormat != GPU_FORMAT_RGBA || image->depth != 1 ||
+      mTexture == 0)
     return false;
-  return download(image->planes[0], static_cast<int>(imageBytes(width, height, 1, 4)));
+  if (image->width != static_cast<unsigned>(mWidth) || image->height != static_cast<unsigned>(mHeight))
+    return false;
+  return download(image->planes[0], static_cast<int>(imageBytes(mWidth, mHeight, 1, GPU_FORMAT_RGBA)));
 }
 
 bool GPUImage2D::download(auto_ptr<Image>& image) { return download(image.get()); }

@@ -9,9 +9,18 @@
 
 class Image;
 
+// Pixel-format codes of the GPU images, shared with Image's first four
+// formats; each doubles as bytes per pixel. EXTERNAL is a camera texture
+// made elsewhere, never allocated here.
+enum GPUFormatCode : int {
+  GPU_FORMAT_LUMINANCE = 1,
+  GPU_FORMAT_LUMINANCE_ALPHA = 2,
+  GPU_FORMAT_RGB = 3,
+  GPU_FORMAT_RGBA = 4,
+  GPU_FORMAT_EXTERNAL = 5,
+};
+
 // One GL texture with the size and pixel-format code of a library image.
-// Format codes double as bytes per pixel: 1 luminance, 2 luminance-alpha,
-// 3 RGB, 4 RGBA, 5 an external (camera) texture made elsewhere.
 class OV_EXPORT GPUImage2D : public RefBase {
  public:
   // A new texture with empty storage.
@@ -52,30 +61,30 @@ class OV_EXPORT GPUImage2D : public RefBase {
   static unsigned selectTextureTarget(int format);
   static unsigned selectTextureFormat(int format);
 
-  GPUContext* getContext() const { return context.get(); }
-  unsigned getTexture() const { return texture; }
-  int getWidth() const { return width; }
-  int getHeight() const { return height; }
-  int getFormat() const { return format; }
-  unsigned getTarget() const { return target; }
-  unsigned getGLFormat() const { return glFormat; }
+  GPUContext* getContext() const { return mContext.get(); }
+  unsigned getTexture() const { return mTexture; }
+  int getWidth() const { return mWidth; }
+  int getHeight() const { return mHeight; }
+  int getFormat() const { return mFormat; }
+  unsigned getTarget() const { return mTarget; }
+  unsigned getGLFormat() const { return mGLFormat; }
   bool ownsTexture() const { return mOwnsTexture; }
-  GPUFramebuffer& getFramebuffer() { return framebuffer; }
-  GPUPixelBuffer& getPixelBuffer() { return pixelBuffer; }
+  GPUFramebuffer& getFramebuffer() { return mFramebuffer; }
+  GPUPixelBuffer& getPixelBuffer() { return mPixelBuffer; }
 
  private:
   void init(unsigned existing, bool generate, int width, int height, int format, bool allocate, void* pixels);
   void allocateStorage(void* pixels);
 
-  auto_ptr<GPUContext> context;
-  GPUFramebuffer framebuffer;
-  GPUPixelBuffer pixelBuffer;
-  int width;
-  int height;
-  int format;
-  unsigned texture;
-  unsigned target;
-  unsigned glFormat;
+  auto_ptr<GPUContext> mContext;
+  GPUFramebuffer mFramebuffer;
+  GPUPixelBuffer mPixelBuffer;
+  int mWidth;
+  int mHeight;
+  int mFormat;
+  unsigned mTexture;
+  unsigned mTarget;
+  unsigned mGLFormat;
   bool mOwnsTexture;
-  Mutex lock;
+  Mutex mLock;
 };

@@ -9,17 +9,17 @@
 #include "gpu/GPUUtils.h"
 #include "image/Image.h"
 
-using gpu_internal::imageBytes;
-using gpu_internal::imageFormatCode;
+using orvan::gpu_internal::imageBytes;
+using orvan::gpu_internal::imageFormatCode;
 
 unsigned GPUImage3D::selectTextureTarget(int format) {
-  return format >= 1 && format <= 4 ? GL_TEXTURE_3D : GL_TEXTURE_2D;
+  return format >= GPU_FORMAT_LUMINANCE && format <= GPU_FORMAT_RGBA ? GL_TEXTURE_3D : GL_TEXTURE_2D;
 }
 
 unsigned GPUImage3D::selectTextureFormat(int format) { return GPUImage2D::selectTextureFormat(format); }
 
 GPUImage3D::GPUImage3D(GPUContext* context, int width, int height, int depth, int format)
-    : context(context), pixelBuffer(context), mOwnsTexture(true) {
+    : mContext(context), mPixelBuffer(context), mOwnsTexture(true) {
   init(0, true, width, height, depth, format, true, nullptr);
 }
 
@@ -28,7 +28,7 @@ GPUImage3D::GPUImage3D(auto_ptr<GPUContext>& context, int width, int height, int
 
 GPUImage3D::GPUImage3D(GPUContext* context, unsigned texture, int width, int height, int depth, int format,
                        bool allocate, bool own)
-    : context(context), pixelBuffer(context), mOwnsTexture(own) {
+    : mContext(context), mPixelBuffer(context), mOwnsTexture(own) {
   init(texture, false, width, height, depth, format, allocate, nullptr);
 }
 
@@ -37,7 +37,7 @@ GPUImage3D::GPUImage3D(auto_ptr<GPUContext>& context, unsigned texture, int widt
     : GPUImage3D(context.get(), texture, width, height, depth, format, allocate, own) {}
 
 GPUImage3D::GPUImage3D(GPUContext* context, int width, int height, int depth, int format, void* pixels)
-    : context(context), pixelBuffer(context), mOwnsTexture(true) {
+    : mContext(context), mPixelBuffer(context), mOwnsTexture(true) {
   init(0, true, width, height, depth, format, true, pixels);
 }
 
@@ -49,42 +49,42 @@ GPUImage3D::~GPUImage3D() { recycle(); }
 
 void GPUImage3D::init(unsigned existing, bool generate, int w, int h, int d, int f, bool allocate,
                       void* pixels) {
-  texture = existing;
-  width = w;
-  height = h;
-  depth = d;
-  format = f;
-  target = selectTextureTarget(f);
-  glFormat = selectTextureFormat(f);
+  mTexture = existing;
+  mWidth = w;
+  mHeight = h;
+  mDepth = d;
+  mFormat = f;
+  mTarget = selectTextureTarget(f);
+  mGLFormat = selectTextureFormat(f);
   if (imageBytes(w, h, d, f < 1 ? 1 : f) < 0) {
-    if (generate) texture = 0;
+    if (generate) mTexture = 0;
     return;
   }
-  if (generate) texture = gpu_internal::generateTexture();
+  if (generate) mTexture = orvan::gpu_internal::generateTexture();
   if (allocate) allocateStorage(pixels);
 }
 
 void GPUImage3D::allocateStorage(void* pixels) {
-  gpu_internal::specifyTexture(target, texture, true, [&] {
+  orvan::gpu_internal::specifyTexture(mTarget, mTexture, true, [&] {
     if (pixels != nullptr) {
-      pixelBuffer.uploadImage(this, pixels);
+      mPixelBuffer.uploadImage(this, pixels);
       return;
     }
-    glTexImage3D(target, 0, static_cast<GLint>(glFormat), width, height, depth, 0, glFormat, GL_UNSIGNED_BYTE,
-                 nullptr);
+    glTexImage3D(mTarget, 0, static_cast<GLint>(mGLFormat), mWidth, mHeight, mDepth, 0, mGLFormat,
+                 GL_UNSIGNED_BYTE, nullptr);
     GPUUtils::checkGLError("glTexImage3D");
   });
 }
 
 void GPUImage3D::set(int w, int h, int d, int f, void* pixels) {
   if (imageBytes(w, h, d, f < 1 ? 1 : f) < 0) return;
-  init(texture, false, w, h, d, f, true, pixels);
+  init(mTexture, false, w, h, d, f, true, pixels);
 }
 
 void GPUImage3D::recycle() {
-  if (!mOwnsTexture || texture == 0) return;
-  gpu_internal::deleteTexture(texture);
-  texture = 0;
+  if (!mOwnsTexture || mTexture == 0) return;
+  orvan::gpu_internal::deleteTexture(mTexture);
+  mTexture = 0;
 }
 
 GPUImage3D* GPUImage3D::createFromImage(GPUContext* context, Image* image) {
@@ -93,7 +93,7 @@ GPUImage3D* GPUImage3D::createFromImage(GPUContext* context, Image* image) {
   GPUImage3D* result =
       new (std::nothrow) GPUImage3D(context, static_cast<int>(image->width), static_cast<int>(image->height),
                                     static_cast<int>(image->depth), code, image->planes[0]);
-  return gpu_internal::keepIfTextured(result);
+  return orvan::gpu_internal::keepIfTextured(result);
 }
 
 GPUImage3D* GPUImage3D::createFromImage(auto_ptr<GPUContext>& context, auto_ptr<Image>& image) {

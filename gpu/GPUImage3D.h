@@ -32,30 +32,30 @@ class OV_EXPORT GPUImage3D : public RefBase {
   static unsigned selectTextureTarget(int format);
   static unsigned selectTextureFormat(int format);
 
-  GPUContext* getContext() const { return context.get(); }
-  unsigned getTexture() const { return texture; }
-  int getWidth() const { return width; }
-  int getHeight() const { return height; }
-  int getDepth() const { return depth; }
-  int getFormat() const { return format; }
-  unsigned getTarget() const { return target; }
-  unsigned getGLFormat() const { return glFormat; }
+  GPUContext* getContext() const { return mContext.get(); }
+  unsigned getTexture() const { return mTexture; }
+  int getWidth() const { return mWidth; }
+  int getHeight() const { return mHeight; }
+  int getDepth() const { return mDepth; }
+  int getFormat() const { return mFormat; }
+  unsigned getTarget() const { return mTarget; }
+  unsigned getGLFormat() const { return mGLFormat; }
   bool ownsTexture() const { return mOwnsTexture; }
-  GPUPixelBuffer& getPixelBuffer() { return pixelBuffer; }
+  GPUPixelBuffer& getPixelBuffer() { return mPixelBuffer; }
 
  private:
   void init(unsigned existing, bool generate, int width, int height, int depth, int format, bool allocate,
             void* pixels);
   void allocateStorage(void* pixels);
 
-  auto_ptr<GPUContext> context;
-  GPUPixelBuffer pixelBuffer;
-  int width;
-  int height;
-  int depth;
-  int format;
-  unsigned texture;
-  unsigned target;
-  unsigned glFormat;
+  auto_ptr<GPUContext> mContext;
+  GPUPixelBuffer mPixelBuffer;
+  int mWidth;
+  int mHeight;
+  int mDepth;
+  int mFormat;
+  unsigned mTexture;
+  unsigned mTarget;
+  unsigned mGLFormat;
   bool mOwnsTexture;
 };

@@ -8,13 +8,13 @@
 #include "gpu/GPUSizes.h"
 #include "gpu/GPUUtils.h"
 
-using gpu_internal::imageBytes;
+using orvan::gpu_internal::imageBytes;
 
-GPUPixelBuffer::GPUPixelBuffer(GPUContext* context) : context(context), buffer(0) {
+GPUPixelBuffer::GPUPixelBuffer(GPUContext* context) : mContext(context), mBuffer(0) {
   GLuint name = 0;
   glGenBuffers(1, &name);
   GPUUtils::checkGLError("glGenBuffers");
-  buffer = name;
+  mBuffer = name;
 }
 
 GPUPixelBuffer::GPUPixelBuffer(auto_ptr<GPUContext>& context) : GPUPixelBuffer(context.get()) {}
@@ -22,11 +22,11 @@ GPUPixelBuffer::GPUPixelBuffer(auto_ptr<GPUContext>& context) : GPUPixelBuffer(c
 GPUPixelBuffer::~GPUPixelBuffer() { release(); }
 
 void GPUPixelBuffer::release() {
-  if (buffer == 0) return;
-  GLuint name = buffer;
+  if (mBuffer == 0) return;
+  GLuint name = mBuffer;
   glDeleteBuffers(1, &name);
   GPUUtils::checkGLError("glDeleteBuffers");
-  buffer = 0;
+  mBuffer = 0;
 }
 
 namespace {
@@ -82,9 +82,9 @@ void uploadThrough(GLuint buffer, void* pixels, int64_t n, Specify specify) {
 }  // namespace
 
 void GPUPixelBuffer::uploadImage(GPUImage2D* image, void* pixels) {
-  if (image == nullptr || pixels == nullptr || buffer == 0) return;
+  if (image == nullptr || pixels == nullptr || mBuffer == 0) return;
   int64_t n = imageBytes(image->getWidth(), image->getHeight(), 1, image->getFormat());
-  uploadThrough(buffer, pixels, n, [image] {
+  uploadThrough(mBuffer, pixels, n, [image] {
     GLenum glFormat = image->getGLFormat();
     glTexImage2D(image->getTarget(), 0, static_cast<GLint>(glFormat), image->getWidth(), image->getHeight(),
                  0, glFormat, GL_UNSIGNED_BYTE, nullptr);
@@ -97,9 +97,9 @@ void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage2D>& image, void* pixels) {
 }
 
 void GPUPixelBuffer::uploadImage(GPUImage3D* image, void* pixels) {
-  if (image == nullptr || pixels == nullptr || buffer == 0) return;
+  if (image == nullptr || pixels == nullptr || mBuffer == 0) return;
   int64_t n = imageBytes(image->getWidth(), image->getHeight(), image->getDepth(), image->getFormat());
-  uploadThrough(buffer, pixels, n, [image] {
+  uploadThrough(mBuffer, pixels, n, [image] {
     GLenum glFormat = image->getGLFormat();
     glTexImage3D(image->getTarget(), 0, static_cast<GLint>(glFormat), image->getWidth(), image->getHeight(),
                  image->getDepth(), 0, glFormat, GL_UNSIGNED_BYTE, nullptr);
@@ -112,14 +112,14 @@ void GPUPixelBuffer::uploadImage(auto_ptr<GPUImage3D>& image, void* pixels) {
 }
 
 void GPUPixelBuffer::downloadImage(GPUImage2D* image, void* pixels) {
-  if (image == nullptr || pixels == nullptr || buffer == 0) return;
+  if (image == nullptr || pixels == nullptr || mBuffer == 0) return;
   int64_t n = imageBytes(image->getWidth(), image->getHeight(), 1, image->getFormat());
   // glReadPixels always writes RGBA, so the buffer must hold that much even
   // when the format code is smaller; only n bytes reach the caller.
-  int64_t rgba = imageBytes(image->getWidth(), image->getHeight(), 1, 4);
+  int64_t rgba = imageBytes(image->getWidth(), image->getHeight(), 1, GPU_FORMAT_RGBA);
   if (n <= 0 || rgba <= 0) return;
   int64_t storage = n > rgba ? n : rgba;
-  glBindBuffer(GL_PIXEL_PACK_BUFFER, buffer);
+  glBindBuffer(GL_PIXEL_PACK_BUFFER, mBuffer);
   GPUUtils::checkGLError("glBindBuffer");
   glBufferData(GL_PIXEL_PACK_BUFFER, static_cast<GLsizeiptr>(storage), nullptr, GL_STREAM_READ);
   GPUUtils::checkGLError("glBufferData");

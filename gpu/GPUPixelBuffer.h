@@ -29,9 +29,9 @@ class OV_EXPORT GPUPixelBuffer : public RefBase {
   void downloadImage(GPUImage2D* image, void* pixels);
   void downloadImage(auto_ptr<GPUImage2D>& image, void* pixels);
 
-  unsigned getBuffer() const { return buffer; }
+  unsigned getBuffer() const { return mBuffer; }
 
  private:
-  auto_ptr<GPUContext> context;
-  unsigned buffer;
+  auto_ptr<GPUContext> mContext;
+  unsigned mBuffer;
 };

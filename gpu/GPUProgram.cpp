@@ -45,20 +45,20 @@ GPUProgram::GPUProgram(auto_ptr<GPUContext>& context, auto_ptr<GPUScript>& scrip
     : GPUProgram(context.get(), script.get(), options) {}
 
 GPUProgram::GPUProgram(GPUContext* context, GPUScript* script, unsigned options)
-    : context(context), script(script), framebuffer(context), program(0), mFromBinary(false) {
-  memcpy(posVertices, kPosVertices, sizeof(posVertices));
-  memcpy(texVertices, kTexVertices, sizeof(texVertices));
+    : mContext(context), mScript(script), mFramebuffer(context), mProgram(0), mFromBinary(false) {
+  memcpy(mPosVertices, kPosVertices, sizeof(mPosVertices));
+  memcpy(mTexVertices, kTexVertices, sizeof(mTexVertices));
   if (script != nullptr) create(options | script->getOptions());
 }
 
 GPUProgram::~GPUProgram() { release(); }
 
 void GPUProgram::create(unsigned options) {
-  GPUScript* s = script.get();
+  GPUScript* s = mScript.get();
   if (s->getScriptBinary() != nullptr) {
-    program =
+    mProgram =
         GPUUtils::createProgram(s->getScriptBinaryFormat(), s->getScriptBinary(), s->getScriptBinaryLength());
-    if (program != 0) {
+    if (mProgram != 0) {
       mFromBinary = true;
       return;
     }
@@ -71,28 +71,28 @@ void GPUProgram::create(unsigned options) {
   auto_ptr<GPUScriptSource>& fragment = s->getScriptSourceByIndex(1);
   const char* fragmentText = fragment != nullptr ? fragment->getSource() : nullptr;
   if (vertexText == nullptr || fragmentText == nullptr) return;
-  program = GPUUtils::createProgram(vertexText, fragmentText);
-  if (program == 0 || (options & GPUScript::OPTION_STORE_COMPILED_BINARY) == 0) return;
+  mProgram = GPUUtils::createProgram(vertexText, fragmentText);
+  if (mProgram == 0 || (options & GPUScript::OPTION_STORE_COMPILED_BINARY) == 0) return;
   int length = 0;
   unsigned format = 0;
   void* binary = nullptr;
-  if (GPUUtils::getProgramBinary(program, &length, &format, &binary) == 1) {
+  if (GPUUtils::getProgramBinary(mProgram, &length, &format, &binary) == 1) {
     s->setScriptBinaryFormat(format);
     s->setScriptBinary(binary, length);
   }
 }
 
-int GPUProgram::location(const char* name) const { return glGetUniformLocation(program, name); }
+int GPUProgram::location(const char* name) const { return glGetUniformLocation(mProgram, name); }
 
 bool GPUProgram::beganCompute() {
-  if (program == 0) return false;
-  glUseProgram(program);
+  if (mProgram == 0) return false;
+  glUseProgram(mProgram);
   GPUUtils::checkGLError("glUseProgram");
   return true;
 }
 
 void GPUProgram::setSourceTarget(const char* uniformName, int unit, GPUImage2D* image) {
-  bindSampler(program, uniformName, unit, image);
+  bindSampler(mProgram, uniformName, unit, image);
 }
 
 void GPUProgram::setSourceTarget(const char* uniformName, int unit, auto_ptr<GPUImage2D>& image) {
@@ -100,7 +100,7 @@ void GPUProgram::setSourceTarget(const char* uniformName, int unit, auto_ptr<GPU
 }
 
 void GPUProgram::setSourceTarget(const char* uniformName, int unit, GPUImage3D* image) {
-  bindSampler(program, uniformName, unit, image);
+  bindSampler(mProgram, uniformName, unit, image);
 }
 
 void GPUProgram::setSourceTarget(const char* uniformName, int unit, auto_ptr<GPUImage3D>& image) {
@@ -108,7 +108,7 @@ void GPUProgram::setSourceTarget(const char* uniformName, int unit, auto_ptr<GPU
 }
 
 void GPUProgram::setParameters(const char* name, GPUProgramParameterType type, void* value) {
-  if (program == 0 || name == nullptr || value == nullptr) return;
+  if (mProgram == 0 || name == nullptr || value == nullptr) return;
   GLint loc = location(name);
   const GLint* iv = static_cast<const GLint*>(value);
   const GLfloat* fv = static_cast<const GLfloat*>(value);
@@ -153,80 +153,80 @@ void GPUProgram::setParameters(const char* name, GPUProgramParameterType type, v
 }
 
 void GPUProgram::_SetHostValue1iv(const char* name, int count, int* value) {
-  setUniform(program, name, value, "glUniform1iv", [&](GLint loc) { glUniform1iv(loc, count, value); });
+  setUniform(mProgram, name, value, "glUniform1iv", [&](GLint loc) { glUniform1iv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValue2iv(const char* name, int count, int* value) {
-  setUniform(program, name, value, "glUniform2iv", [&](GLint loc) { glUniform2iv(loc, count, value); });
+  setUniform(mProgram, name, value, "glUniform2iv", [&](GLint loc) { glUniform2iv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValue3iv(const char* name, int count, int* value) {
-  setUniform(program, name, value, "glUniform3iv", [&](GLint loc) { glUniform3iv(loc, count, value); });
+  setUniform(mProgram, name, value, "glUniform3iv", [&](GLint loc) { glUniform3iv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValue4iv(const char* name, int count, int* value) {
-  setUniform(program, name, value, "glUniform4iv", [&](GLint loc) { glUniform4iv(loc, count, value); });
+  setUniform(mProgram, name, value, "glUniform4iv", [&](GLint loc) { glUniform4iv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValue1fv(const char* name, int count, float* value) {
-  setUniform(program, name, value, "glUniform1fv", [&](GLint loc) { glUniform1fv(loc, count, value); });
+  setUniform(mProgram, name, value, "glUniform1fv", [&](GLint loc) { glUniform1fv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValue2fv(const char* name, int count, float* value) {
-  setUniform(program, name, value, "glUniform2fv", [&](GLint loc) { glUniform2fv(loc, count, value); });
+  setUniform(mProgram, name, value, "glUniform2fv", [&](GLint loc) { glUniform2fv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValue3fv(const char* name, int count, float* value) {
-  setUniform(program, name, value, "glUniform3fv", [&](GLint loc) { glUniform3fv(loc, count, value); });
+  setUniform(mProgram, name, value, "glUniform3fv", [&](GLint loc) { glUniform3fv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValue4fv(const char* name, int count, float* value) {
-  setUniform(program, name, value, "glUniform4fv", [&](GLint loc) { glUniform4fv(loc, count, value); });
+  setUniform(mProgram, name, value, "glUniform4fv", [&](GLint loc) { glUniform4fv(loc, count, value); });
 }
 
 void GPUProgram::_SetHostValueMatrix2fv(const char* name, int count, bool transpose, const float* value) {
-  setUniform(program, name, value, "glUniformMatrix2fv",
+  setUniform(mProgram, name, value, "glUniformMatrix2fv",
              [&](GLint loc) { glUniformMatrix2fv(loc, count, transpose ? GL_TRUE : GL_FALSE, value); });
 }
 
 void GPUProgram::_SetHostValueMatrix3fv(const char* name, int count, bool transpose, const float* value) {
-  setUniform(program, name, value, "glUniformMatrix3fv",
+  setUniform(mProgram, name, value, "glUniformMatrix3fv",
              [&](GLint loc) { glUniformMatrix3fv(loc, count, transpose ? GL_TRUE : GL_FALSE, value); });
 }
 
 void GPUProgram::_SetHostValueMatrix4fv(const char* name, int count, bool transpose, const float* value) {
-  setUniform(program, name, value, "glUniformMatrix4fv",
+  setUniform(mProgram, name, value, "glUniformMatrix4fv",
              [&](GLint loc) { glUniformMatrix4fv(loc, count, transpose ? GL_TRUE : GL_FALSE, value); });
 }
 
 void GPUProgram::setOutputSize(int x, int y, int width, int height) {
-  if (program == 0) return;
+  if (mProgram == 0) return;
   glViewport(x, y, width, height);
   GPUUtils::checkGLError("glViewport");
 }
 
 void GPUProgram::setOutputTarget(GPUImage2D* image) {
-  GPUFramebuffer::setFramebufferTarget(&framebuffer, image);
+  GPUFramebuffer::setFramebufferTarget(&mFramebuffer, image);
 }
 
 void GPUProgram::setOutputTarget(auto_ptr<GPUImage2D>& image) { setOutputTarget(image.get()); }
 
 void GPUProgram::setPosVertices(const float* vertices) {
-  if (vertices != nullptr) memcpy(posVertices, vertices, sizeof(posVertices));
+  if (vertices != nullptr) memcpy(mPosVertices, vertices, sizeof(mPosVertices));
 }
 
 void GPUProgram::setTexVertices(const float* vertices) {
-  if (vertices != nullptr) memcpy(texVertices, vertices, sizeof(texVertices));
+  if (vertices != nullptr) memcpy(mTexVertices, vertices, sizeof(mTexVertices));
 }
 
 bool GPUProgram::endCompute() {
-  if (program == 0) return false;
+  if (mProgram == 0) return false;
   // Client-side arrays need no buffer bound to GL_ARRAY_BUFFER.
   glBindBuffer(GL_ARRAY_BUFFER, 0);
-  glVertexAttribPointer(0, 2, GL_FLOAT, GL_FALSE, 0, posVertices);
+  glVertexAttribPointer(0, 2, GL_FLOAT, GL_FALSE, 0, mPosVertices);
   glEnableVertexAttribArray(0);
   GPUUtils::checkGLError("vertex attribute setup");
-  glVertexAttribPointer(1, 2, GL_FLOAT, GL_FALSE, 0, texVertices);
+  glVertexAttribPointer(1, 2, GL_FLOAT, GL_FALSE, 0, mTexVertices);
   glEnableVertexAttribArray(1);
   GPUUtils::checkGLError("vertex attribute setup");
   glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
@@ -235,8 +235,8 @@ bool GPUProgram::endCompute() {
 }
 
 void GPUProgram::release() {
-  if (program == 0) return;
-  glDeleteProgram(program);
+  if (mProgram == 0) return;
+  glDeleteProgram(mProgram);
   GPUUtils::checkGLError("glDeleteProgram");
-  program = 0;
+  mProgram = 0;
 }

@@ -62,23 +62,23 @@ class OV_EXPORT GPUProgram : public RefBase {
   void _SetHostValueMatrix3fv(const char* name, int count, bool transpose, const float* value);
   void _SetHostValueMatrix4fv(const char* name, int count, bool transpose, const float* value);
 
-  unsigned getProgram() const { return program; }
+  unsigned getProgram() const { return mProgram; }
   // True when the program came from the script's binary, not from sources.
   bool isFromBinary() const { return mFromBinary; }
-  GPUScript* getScript() const { return script.get(); }
-  GPUFramebuffer& getFramebuffer() { return framebuffer; }
-  const float* getPosVertices() const { return posVertices; }
-  const float* getTexVertices() const { return texVertices; }
+  GPUScript* getScript() const { return mScript.get(); }
+  GPUFramebuffer& getFramebuffer() { return mFramebuffer; }
+  const float* getPosVertices() const { return mPosVertices; }
+  const float* getTexVertices() const { return mTexVertices; }
 
  private:
   void create(unsigned options);
   int location(const char* name) const;
 
-  auto_ptr<GPUContext> context;
-  auto_ptr<GPUScript> script;
-  GPUFramebuffer framebuffer;
-  unsigned program;
-  float posVertices[8];
-  float texVertices[8];
+  auto_ptr<GPUContext> mContext;
+  auto_ptr<GPUScript> mScript;
+  GPUFramebuffer mFramebuffer;
+  unsigned mProgram;
+  float mPosVertices[8];
+  float mTexVertices[8];
   bool mFromBinary;
 };

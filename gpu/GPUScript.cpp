@@ -10,6 +10,7 @@
 #include "core/Atomic.h"
 #include "core/Memory.h"
 #include "core/Stream.h"
+#include "gpu/GPUStrings.h"
 
 #ifndef OV_PROGRAM_CACHE_DIR
 #define OV_PROGRAM_CACHE_DIR "/data/local/"
@@ -74,48 +75,7 @@ bool writeCacheFile(const char* path, unsigned format, void* binary, int length)
   return ok && stat(path, &written) == 0 && written.st_size == static_cast<off_t>(length) + 4;
 }
 
-// A zero-filled copy of length + extra bytes, or null.
-char* copyString(const char* text, size_t extra) {
-  size_t length = strlen(text);
-  if (length + extra > 0xFFFFFFFFu) return nullptr;
-  char* copy = static_cast<char*>(galloc_malloc(static_cast<unsigned>(length + extra)));
-  if (copy == nullptr) return nullptr;
-  memset(copy, 0, length + extra);
-  memcpy(copy, text, length);
-  return copy;
-}
-
 }  // namespace
-
-// ---- GPUScriptSource ----
-
-GPUScriptSource* GPUScriptSource::createScriptSource(const char* name, const char* source) {
-  if (name == nullptr || source == nullptr || name[0] == 0 || source[0] == 0) return nullptr;
-  char* nameCopy = copyString(name, 100);
-  char* sourceCopy = copyString(source, 100);
-  if (nameCopy == nullptr || sourceCopy == nullptr) {
-    galloc_free(nameCopy);
-    galloc_free(sourceCopy);
-    return nullptr;
-  }
-  GPUScriptSource* result = new (std::nothrow) GPUScriptSource(nameCopy, sourceCopy);
-  if (result == nullptr) {
-    galloc_free(nameCopy);
-    galloc_free(sourceCopy);
-  }
-  return result;
-}
-
-GPUScriptSource::GPUScriptSource(char* name, char* source) : name(name), source(source) {}
-
-GPUScriptSource::~GPUScriptSource() {
-  galloc_free(name);
-  galloc_free(source);
-  name = nullptr;
-  source = nullptr;
-}
-
-// ---- GPUScript ----
 
 void GPUScript::setCacheDirectory(const char* directory) {
 #ifdef __ANDROID__
@@ -134,18 +94,18 @@ void GPUScript::setCacheDirectory(const char* directory) {
 const char* GPUScript::getCacheDirectory() { return cacheDirectory(); }
 
 GPUScript::GPUScript(GPUContext* context, const char* name)
-    : context(context), name(nullptr), binaryFormat(0), binary(nullptr), binaryLength(0), mOptions(0) {
+    : mContext(context), mName(nullptr), mBinaryFormat(0), mBinary(nullptr), mBinaryLength(0), mOptions(0) {
   if (name == nullptr) return;
-  this->name = copyString(name, 1);
-  if (this->name != nullptr) loadCache();
+  this->mName = orvan::gpu_internal::copyString(name, 1);
+  if (this->mName != nullptr) loadCache();
 }
 
 GPUScript::GPUScript(auto_ptr<GPUContext>& context, const char* name) : GPUScript(context.get(), name) {}
 
 GPUScript::~GPUScript() {
   clear();
-  galloc_free(name);
-  name = nullptr;
+  galloc_free(mName);
+  mName = nullptr;
   dropScriptBinary();
 }
 
@@ -176,42 +136,42 @@ bool GPUScript::readCache(Stream* stream, unsigned* format, void** binary, int* 
 }
 
 void GPUScript::loadCache() {
-  char* path = cachePath(name);
+  char* path = cachePath(mName);
   if (path == nullptr) return;
   FileStream* file = new (std::nothrow) FileStream(path, FileStream::FILE_MODE_READ);
   galloc_free(path);
   if (file == nullptr) return;
   auto_ptr<Stream> fileRef(file);
-  readCache(file, &binaryFormat, &binary, &binaryLength);
+  readCache(file, &mBinaryFormat, &mBinary, &mBinaryLength);
   file->close();
 }
 
 bool GPUScript::addSource(const char* sourceName, const char* source) {
   GPUScriptSource* created = GPUScriptSource::createScriptSource(sourceName, source);
   if (created == nullptr) return false;
-  sources.push_back(auto_ptr<GPUScriptSource>(created));
+  mSources.push_back(auto_ptr<GPUScriptSource>(created));
   return true;
 }
 
 void GPUScript::addSource(GPUScriptSource* source) {
   if (source == nullptr) return;
-  sources.push_back(auto_ptr<GPUScriptSource>(source));
+  mSources.push_back(auto_ptr<GPUScriptSource>(source));
 }
 
 void GPUScript::addSource(auto_ptr<GPUScriptSource>& source) { addSource(source.get()); }
 
 auto_ptr<GPUScriptSource>& GPUScript::getScriptSourceByIndex(int index) {
-  if (index < 0 || index >= static_cast<int>(sources.size())) {
-    noSource = nullptr;  // a caller may have stored into the returned reference
-    return noSource;
+  if (index < 0 || index >= static_cast<int>(mSources.size())) {
+    mNoSource = nullptr;  // a caller may have stored into the returned reference
+    return mNoSource;
   }
-  return sources[static_cast<size_t>(index)];
+  return mSources[static_cast<size_t>(index)];
 }
 
 void GPUScript::remove(GPUScriptSource* source) {
-  for (auto it = sources.begin(); it != sources.end(); ++it) {
+  for (auto it = mSources.begin(); it != mSources.end(); ++it) {
     if (it->get() == source) {
-      sources.erase(it);
+      mSources.erase(it);
       return;
     }
   }
@@ -219,32 +179,32 @@ void GPUScript::remove(GPUScriptSource* source) {
 
 void GPUScript::remove(auto_ptr<GPUScriptSource>& source) { remove(source.get()); }
 
-void GPUScript::setScriptBinaryFormat(unsigned format) { binaryFormat = format; }
+void GPUScript::setScriptBinaryFormat(unsigned format) { mBinaryFormat = format; }
 
 void GPUScript::setScriptBinary(void* newBinary, int length) {
-  if (newBinary != binary) galloc_free(binary);
-  binary = newBinary;
-  binaryLength = length;
+  if (newBinary != mBinary) galloc_free(mBinary);
+  mBinary = newBinary;
+  mBinaryLength = length;
 }
 
 void GPUScript::dropScriptBinary() {
-  galloc_free(binary);
-  binary = nullptr;
-  binaryLength = 0;
-  binaryFormat = 0;
+  galloc_free(mBinary);
+  mBinary = nullptr;
+  mBinaryLength = 0;
+  mBinaryFormat = 0;
 }
 
 void GPUScript::clear() {
-  if (name != nullptr && binary != nullptr && binaryLength > 0) {
+  if (mName != nullptr && mBinary != nullptr && mBinaryLength > 0) {
     // Written aside and renamed into place, so that other processes and
     // scripts sharing the folder only ever see a whole file, old or new.
-    char* path = cachePath(name);
+    char* path = cachePath(mName);
     char* tmp = path != nullptr ? temporaryPath(path) : nullptr;
     if (tmp != nullptr) {
-      if (!writeCacheFile(tmp, binaryFormat, binary, binaryLength) || rename(tmp, path) != 0) unlink(tmp);
+      if (!writeCacheFile(tmp, mBinaryFormat, mBinary, mBinaryLength) || rename(tmp, path) != 0) unlink(tmp);
     }
     galloc_free(tmp);
     galloc_free(path);
   }
-  sources.clear();
+  mSources.clear();
 }

@@ -35,7 +35,7 @@ class OV_EXPORT GPUScript : public RefBase {
   void addSource(auto_ptr<GPUScriptSource>& source);
   // The entry at index, or an empty pointer when index is out of range.
   auto_ptr<GPUScriptSource>& getScriptSourceByIndex(int index);
-  int getSourceCount() const { return static_cast<int>(sources.size()); }
+  int getSourceCount() const { return static_cast<int>(mSources.size()); }
   void remove(GPUScriptSource* source);
   void remove(auto_ptr<GPUScriptSource>& source);
 
@@ -43,9 +43,9 @@ class OV_EXPORT GPUScript : public RefBase {
   // The script takes the buffer (a galloc_malloc block) and frees it later;
   // a previous buffer is freed.
   void setScriptBinary(void* binary, int length);
-  unsigned getScriptBinaryFormat() const { return binaryFormat; }
-  void* getScriptBinary() const { return binary; }
-  int getScriptBinaryLength() const { return binaryLength; }
+  unsigned getScriptBinaryFormat() const { return mBinaryFormat; }
+  void* getScriptBinary() const { return mBinary; }
+  int getScriptBinaryLength() const { return mBinaryLength; }
   // Forgets and frees the binary (so clear() writes nothing).
   void dropScriptBinary();
 
@@ -53,10 +53,10 @@ class OV_EXPORT GPUScript : public RefBase {
   // every source. The binary is kept.
   void clear();
 
-  const char* getName() const { return name; }
+  const char* getName() const { return mName; }
   void setOptions(unsigned options) { mOptions = options; }
   unsigned getOptions() const { return mOptions; }
-  GPUContext* getContext() const { return context.get(); }
+  GPUContext* getContext() const { return mContext.get(); }
 
   // Host builds only: replaces the cache directory (a path ending in '/', at
   // most 511 bytes; null restores the build default). Not thread-safe: call it
@@ -74,12 +74,12 @@ class OV_EXPORT GPUScript : public RefBase {
  private:
   void loadCache();
 
-  auto_ptr<GPUContext> context;
-  char* name;
-  std::vector<auto_ptr<GPUScriptSource>> sources;
-  auto_ptr<GPUScriptSource> noSource;
-  unsigned binaryFormat;
-  void* binary;
-  int binaryLength;
+  auto_ptr<GPUContext> mContext;
+  char* mName;
+  std::vector<auto_ptr<GPUScriptSource>> mSources;
+  auto_ptr<GPUScriptSource> mNoSource;
+  unsigned mBinaryFormat;
+  void* mBinary;
+  int mBinaryLength;
   unsigned mOptions;
 };

@@ -13,10 +13,10 @@ class OV_EXPORT GPUScriptSource : public RefBase {
   GPUScriptSource(char* name, char* source);
   ~GPUScriptSource() override;
 
-  const char* getName() const { return name; }
-  const char* getSource() const { return source; }
+  const char* getName() const { return mName; }
+  const char* getSource() const { return mSource; }
 
  private:
-  char* name;
-  char* source;
+  char* mName;
+  char* mSource;
 };

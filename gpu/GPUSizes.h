@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace gpu_internal {
+namespace orvan::gpu_internal {
 
 // Bytes of a width x height x depth image whose format code is also its bytes
 // per pixel, computed in 64 bits; -1 when a factor is negative, the format is
@@ -16,15 +16,15 @@ inline int64_t imageBytes(int width, int height, int depth, int format) {
   return n > INT32_MAX ? -1 : n;
 }
 
-}  // namespace gpu_internal
+}  // namespace orvan::gpu_internal
 
 class Image;
 
-namespace gpu_internal {
+namespace orvan::gpu_internal {
 
 // The GPU format code of an Image the GPU classes can take as it is (grey,
 // two-byte, RGB, RGBA share their codes with the GPU formats), checking that
 // it has pixels and that its sizes fit; 0 when it cannot be used.
 int imageFormatCode(const Image* image);
 
-}  // namespace gpu_internal
+}  // namespace orvan::gpu_internal

@@ -3,7 +3,7 @@
 #include "gpu/GLHeaders.h"
 #include "gpu/GPUUtils.h"
 
-namespace gpu_internal {
+namespace orvan::gpu_internal {
 
 unsigned generateTexture() {
   GLuint name = 0;
@@ -37,4 +37,4 @@ void bindTexture(unsigned target, unsigned texture) {
   GPUUtils::checkGLError("glBindTexture");
 }
 
-}  // namespace gpu_internal
+}  // namespace orvan::gpu_internal

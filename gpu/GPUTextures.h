@@ -1,7 +1,7 @@
 #pragma once
 
 // Texture setup shared by the 2D and 3D images.
-namespace gpu_internal {
+namespace orvan::gpu_internal {
 
 // A new texture name (0 when GL gives none).
 unsigned generateTexture();
@@ -32,4 +32,4 @@ GPUImage* keepIfTextured(GPUImage* image) {
   return image;
 }
 
-}  // namespace gpu_internal
+}  // namespace orvan::gpu_internal

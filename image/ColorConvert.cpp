@@ -5,7 +5,7 @@
 #include "core/SizeRule.h"
 #include "image/ConvertRows.h"
 
-using namespace convert_row;
+using namespace orvan::convert_row;
 
 namespace {
 
@@ -89,8 +89,8 @@ void rgbToNVBlocks(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_
 // can serve such a frame.
 int pixelsOf(int width, int height, int halfBytes) {
   if (width < 1 || height < 1) return 0;
-  const int64_t n = sizerule::intCount(width, height);
-  if (n < 0 || sizerule::within(sizerule::kIntLimit, n * halfBytes / 2) < 0) return 0;
+  const int64_t n = orvan::sizerule::intCount(width, height);
+  if (n < 0 || orvan::sizerule::within(orvan::sizerule::kIntLimit, n * halfBytes / 2) < 0) return 0;
   return static_cast<int>(n);
 }
 
@@ -268,85 +268,85 @@ Image* ColorConvert::convert(Image* source, int code) {
 
   // Converters see width and height only: for depth > 1 the first layer is
   // converted. Their own results are not reported.
-  const int w = sizerule::fitsInt(source->width) ? static_cast<int>(source->width) : 0;
-  const int h = sizerule::fitsInt(source->height) ? static_cast<int>(source->height) : 0;
+  const int w = orvan::sizerule::fitsInt(source->width) ? static_cast<int>(source->width) : 0;
+  const int h = orvan::sizerule::fitsInt(source->height) ? static_cast<int>(source->height) : 0;
   unsigned char* const* s = source->planes;
   unsigned char* const* d = out->planes;
   switch (code) {
-    case 0x103:
+    case GRAY_TO_RGB:
       color_convert_gray2rgb(s[0], d[0], w, h);
       break;
-    case 0x104:
+    case GRAY_TO_RGBA:
       color_convert_gray2rgba(s[0], d[0], w, h);
       break;
-    case 0x301:
+    case RGB_TO_GRAY:
       color_convert_rgb2gray(s[0], d[0], w, h);
       break;
-    case 0x304:
+    case RGB_TO_RGBA:
       color_convert_rgb2rgba(s[0], d[0], w, h);
       break;
-    case 0x305:
+    case RGB_TO_YUV:
       color_convert_rgb2yuv(s[0], d[0], w, h);
       break;
-    case 0x306:
+    case RGB_TO_YUYV:
       color_convert_rgb2yuyv(s[0], d[0], w, h);
       break;
-    case 0x307:
+    case RGB_TO_YVYU:
       color_convert_rgb2yvyu(s[0], d[0], w, h);
       break;
-    case 0x308:
+    case RGB_TO_YUV422P:
       color_convert_rgb2yuv422p(s[0], d[0], d[1], d[2], w, h);
       break;
     // The image lays codes 9 and 10 out with two planes, so the V plane is
     // null here and these conversions leave the target unwritten.
-    case 0x309:
-    case 0x30A:
+    case RGB_TO_YV12:
+    case RGB_TO_YU12:
       color_convert_rgb2yv12oryu12(s[0], d[0], d[1], d[2], w, h);
       break;
-    case 0x30B:
+    case RGB_TO_NV12:
       color_convert_rgb2nv12(s[0], d[0], d[1], w, h);
       break;
-    case 0x30C:
+    case RGB_TO_NV21:
       color_convert_rgb2nv21(s[0], d[0], d[1], w, h);
       break;
-    case 0x401:
+    case RGBA_TO_GRAY:
       color_convert_rgba2gray(s[0], d[0], w, h);
       break;
-    case 0x403:
+    case RGBA_TO_RGB:
       color_convert_rgba2rgb(s[0], d[0], w, h);
       break;
     // Plane 0 copied as it is: for the packed formats 5..7 these are
     // interleaved bytes, not luma alone.
-    case 0x501:
-    case 0x601:
-    case 0x701:
-    case 0x801:
-    case 0x901:
-    case 0xA01:
-    case 0xB01:
-    case 0xC01:
+    case YUV_TO_GRAY:
+    case YUYV_TO_GRAY:
+    case YVYU_TO_GRAY:
+    case YUV422P_TO_GRAY:
+    case YV12_TO_GRAY:
+    case YU12_TO_GRAY:
+    case NV12_TO_GRAY:
+    case NV21_TO_GRAY:
       color_convert_yuv2gray(s[0], d[0], w, h);
       break;
-    case 0x503:
+    case YUV_TO_RGB:
       color_convert_yuv2rgb(s[0], d[0], w, h);
       break;
-    case 0x603:
+    case YUYV_TO_RGB:
       color_convert_yuyv2rgb(s[0], d[0], w, h);
       break;
-    case 0x703:
+    case YVYU_TO_RGB:
       color_convert_yvyu2rgb(s[0], d[0], w, h);
       break;
-    case 0x803:
+    case YUV422P_TO_RGB:
       color_convert_yuv422p2rgb(s[0], s[1], s[2], d[0], w, h);
       break;
-    case 0x903:
-    case 0xA03:
+    case YV12_TO_RGB:
+    case YU12_TO_RGB:
       color_convert_yv12oryu122rgb(s[0], s[1], s[2], d[0], w, h);
       break;
-    case 0xB03:
+    case NV12_TO_RGB:
       color_convert_nv122rgb(s[0], s[1], d[0], w, h);
       break;
-    case 0xC03:
+    case NV21_TO_RGB:
       color_convert_nv212rgb(s[0], s[1], d[0], w, h);
       break;
     default:

@@ -5,7 +5,7 @@
 // thousandths (every c has three decimals), which truncates exactly where a
 // floating-point product might land a hair below an integer (for example
 // 0.504 * 125 = 63).
-namespace colortables {
+namespace orvan::colortables {
 
 struct Table {
   int v[256];
@@ -32,4 +32,4 @@ inline constexpr Table kGV = make(813, 128);
 inline constexpr Table kGU = make(391, 128);
 inline constexpr Table kBU = make(2018, 128);
 
-}  // namespace colortables
+}  // namespace orvan::colortables

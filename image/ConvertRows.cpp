@@ -1,6 +1,6 @@
 #include "image/ConvertRows.h"
 
-namespace convert_row {
+namespace orvan::convert_row {
 
 void GrayToRGBRow_C(const uint8_t* src, uint8_t* dst, int pixels) {
   for (int i = 0; i < pixels; ++i, dst += 3) dst[0] = dst[1] = dst[2] = src[i];
@@ -148,4 +148,4 @@ void SplitPairsRow_C(const uint8_t* pairs, uint8_t* first, uint8_t* second, int 
   }
 }
 
-}  // namespace convert_row
+}  // namespace orvan::convert_row

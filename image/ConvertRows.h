@@ -8,19 +8,19 @@
 // a count of pixel groups (pixels, pairs, quads or 2x2 blocks) and assumes its
 // pointers and count are valid; the exported converters check arguments and
 // choose the kernel (image/ColorConvert.cpp is the one dispatch point).
-namespace convert_row {
+namespace orvan::convert_row {
 
 // Per-pixel chroma terms before the +128 (or the group's rounding constant).
 inline int uTerm(int r, int g, int b) {
-  using namespace colortables;
+  using namespace orvan::colortables;
   return kUR[r] + kUG[g] + kUB[b];
 }
 inline int vTerm(int r, int g, int b) {
-  using namespace colortables;
+  using namespace orvan::colortables;
   return kUB[r] + kVG[g] + kVB[b];
 }
 inline uint8_t lumaOf(int r, int g, int b) {
-  using namespace colortables;
+  using namespace orvan::colortables;
   return static_cast<uint8_t>(kYR[r] + kYG[g] + kYB[b] + 16);
 }
 
@@ -43,12 +43,12 @@ struct Chroma {
   const uint8_t *r, *g, *b;
 };
 inline Chroma chromaOf(int u, int v) {
-  using namespace colortables;
+  using namespace orvan::colortables;
   const uint8_t* zero = kClamp.v + 384;
   return Chroma{zero + kRV[v], zero - kGV[v] - kGU[u], zero + kBU[u]};
 }
 inline void storeRGB(uint8_t* rgb, int y, const Chroma& c) {
-  const int l = colortables::kY[y];
+  const int l = orvan::colortables::kY[y];
   rgb[0] = c.r[l];
   rgb[1] = c.g[l];
   rgb[2] = c.b[l];
@@ -65,7 +65,7 @@ struct PackedForward {
   int r[256], g[256], b[256];
 };
 constexpr PackedForward makePackedForward() {
-  using namespace colortables;
+  using namespace orvan::colortables;
   PackedForward p{};
   for (int i = 0; i < 256; ++i) {
     p.r[i] = kYR[i] + kUR[i] * 1024 + kUB[i] * 1048576;
@@ -145,4 +145,4 @@ int SplitPairsRow_NEON(const uint8_t* pairs, uint8_t* first, uint8_t* second, in
 #define OV_HAVE_NEON_ROWS 0
 #endif
 
-}  // namespace convert_row
+}  // namespace orvan::convert_row

@@ -7,7 +7,7 @@
 // all thirteen tables.
 #include "image/ColorTables.h"
 
-namespace convert_row {
+namespace orvan::convert_row {
 namespace arith {
 
 // Inverse terms of x = y - 16 or x = c - 128. Multipliers are
@@ -26,7 +26,7 @@ constexpr int kMulVG = 24118, kMulVB = 4653;
 constexpr int truncMul(int x, int a) { return x < 0 ? -((-x * a) >> 16) : (x * a) >> 16; }
 
 constexpr bool tablesMatch() {
-  using namespace colortables;
+  using namespace orvan::colortables;
   for (int i = 0; i < 256; ++i) {
     const int y = i - 16, c = i - 128;
     if (kY[i] != y + truncMul(y, kFracY) || kRV[i] != c + truncMul(c, kFracRV) ||
@@ -51,7 +51,7 @@ constexpr int kFloorGV = kFracGV - 65536;
 constexpr int floorHigh(int x, int a) { return (x * a) >> 16; }  // arithmetic shift: floor
 
 constexpr bool flooringTermsMatch() {
-  using namespace colortables;
+  using namespace orvan::colortables;
   for (int i = 0; i < 256; ++i) {
     const int y = i - 16, c = i - 128;
     const int ny = y < 0 ? 1 : 0, nc = c < 0 ? 1 : 0;
@@ -65,4 +65,4 @@ constexpr bool flooringTermsMatch() {
 static_assert(flooringTermsMatch(), "the flooring terms must equal the tables");
 
 }  // namespace arith
-}  // namespace convert_row
+}  // namespace orvan::convert_row

@@ -16,7 +16,7 @@
 #include <simde/arm/neon.h>
 #endif
 
-namespace convert_row {
+namespace orvan::convert_row {
 namespace {
 
 // GCC otherwise keeps some of the helpers out of line, which costs a call and
@@ -34,7 +34,7 @@ constexpr int16_t kQYR = 8421, kQYG = 16516, kQYB = 3210, kQUR = 4850, kQUG = 95
 constexpr int q15(int x, int k) { return (x * k) >> 15; }  // arithmetic shift: floor
 
 constexpr bool multipliersMatch() {
-  using namespace colortables;
+  using namespace orvan::colortables;
   for (int i = 0; i < 256; ++i) {
     const int y = i - 16, c = i - 128, ny = y < 0, nc = c < 0;
     if (kY[i] != y + q15(y, kQY) + ny || kRV[i] != c + q15(c, kQRV) + nc || kGV[i] != q15(c, kQGV) + nc ||
@@ -266,6 +266,6 @@ int SplitPairsRow_NEON(const uint8_t* pairs, uint8_t* first, uint8_t* second, in
   return done;
 }
 
-}  // namespace convert_row
+}  // namespace orvan::convert_row
 
 #endif  // OV_HAVE_NEON_ROWS

@@ -17,7 +17,7 @@
 #include "image/ConvertRows.h"
 #include "image/ConvertRowsArith.h"
 
-namespace convert_row {
+namespace orvan::convert_row {
 namespace {
 
 using namespace arith;
@@ -218,4 +218,4 @@ int RGBToNVBlockRow_Portable(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* 
                       : rgbToNVBlocks<1>(rgb0, rgb1, y0, y1, chroma, blocks);
 }
 
-}  // namespace convert_row
+}  // namespace orvan::convert_row

@@ -12,7 +12,7 @@
 
 #define OV_SSSE3 __attribute__((target("ssse3")))
 
-namespace convert_row {
+namespace orvan::convert_row {
 namespace {
 
 using namespace arith;
@@ -237,6 +237,6 @@ OV_SSSE3 int RGBToNVBlockRow_SSSE3(const uint8_t* rgb0, const uint8_t* rgb1, uin
 
 bool HasSSSE3() { return __builtin_cpu_supports("ssse3"); }
 
-}  // namespace convert_row
+}  // namespace orvan::convert_row
 
 #endif  // OV_HAVE_SSSE3_ROWS

@@ -10,7 +10,7 @@ namespace {
 // fits in an int.
 long long pixelCount(const flat::Image* image) {
   if (image->width < 1 || image->height < 1) return 0;
-  const int64_t n = sizerule::intCount(image->width, image->height);
+  const int64_t n = orvan::sizerule::intCount(image->width, image->height);
   return n < 0 ? 0 : n;
 }
 }  // namespace
@@ -19,10 +19,10 @@ flat::Image* ov_createImage(int width, int height, int channels, int stride, uns
   if (data == nullptr || width < 1 || height < 1 || stride < 1 || channels < 1 || channels > 4)
     return nullptr;
   // The pixel count and the bytes up to the end of the last row must fit an int.
-  const int64_t above = sizerule::intCount(stride, height - 1);
-  const int64_t lastRow = sizerule::intCount(width, channels);
-  if (sizerule::intCount(width, height) < 0 || above < 0 || lastRow < 0 ||
-      sizerule::within(sizerule::kIntLimit, above + lastRow) < 0)
+  const int64_t above = orvan::sizerule::intCount(stride, height - 1);
+  const int64_t lastRow = orvan::sizerule::intCount(width, channels);
+  if (orvan::sizerule::intCount(width, height) < 0 || above < 0 || lastRow < 0 ||
+      orvan::sizerule::within(orvan::sizerule::kIntLimit, above + lastRow) < 0)
     return nullptr;
   auto* image = static_cast<flat::Image*>(ov_malloc(sizeof(flat::Image)));
   if (image == nullptr) return nullptr;
@@ -37,7 +37,7 @@ flat::Image* ov_createImage(int width, int height, int channels, int stride, uns
 
 flat::Image* ov_createImage(int width, int height, int channels) {
   if (width < 1 || height < 1 || channels < 1 || channels > 4) return nullptr;
-  const int64_t bytes = sizerule::intCount(channels, height, width);
+  const int64_t bytes = orvan::sizerule::intCount(channels, height, width);
   if (bytes < 0) return nullptr;
   auto* image = static_cast<flat::Image*>(ov_malloc(sizeof(flat::Image)));
   if (image == nullptr) return nullptr;
@@ -64,7 +64,8 @@ void ov_releaseImage(flat::Image* image) {
 }
 
 flat::YUVImage* ov_createYUVImage(int width, int height, unsigned char* data) {
-  if (data == nullptr || width < 1 || height < 1 || sizerule::intCount(width, height) < 0) return nullptr;
+  if (data == nullptr || width < 1 || height < 1 || orvan::sizerule::intCount(width, height) < 0)
+    return nullptr;
   auto* image = static_cast<flat::YUVImage*>(ov_malloc(sizeof(flat::YUVImage)));
   if (image == nullptr) return nullptr;
   image->width = width;
@@ -106,7 +107,7 @@ void ov_getImageInfo(flat::Image* image, int* average, int* maximum, int* minimu
 flat::IntegralImage* ov_createIntegralImage(flat::Image* image) {
   if (image == nullptr || image->data == nullptr) return nullptr;
   const long long n = pixelCount(image);
-  if (n == 0 || sizerule::intCount(n, 4) < 0) return nullptr;
+  if (n == 0 || orvan::sizerule::intCount(n, 4) < 0) return nullptr;
   auto* integral = static_cast<flat::IntegralImage*>(ov_malloc(sizeof(flat::IntegralImage)));
   if (integral == nullptr) return nullptr;
   integral->data = static_cast<unsigned int*>(ov_malloc(static_cast<unsigned int>(n * 4)));

@@ -11,10 +11,11 @@ namespace {
 // zeroed and then aimed at the rows; the floats are zeroed or copied.
 flat::Matrix* allocate(int rows, int cols, const float* src) {
   if (rows < 1 || cols < 1) return nullptr;
-  const int64_t cells = sizerule::intCount(rows, cols);
-  const int64_t tableBytes = sizerule::intCount(rows, sizeof(float*));
+  const int64_t cells = orvan::sizerule::intCount(rows, cols);
+  const int64_t tableBytes = orvan::sizerule::intCount(rows, sizeof(float*));
   if (cells < 0 || tableBytes < 0) return nullptr;
-  const int64_t bytes = sizerule::within(sizerule::kIntLimit, tableBytes + cells * int64_t{sizeof(float)});
+  const int64_t bytes =
+      orvan::sizerule::within(orvan::sizerule::kIntLimit, tableBytes + cells * int64_t{sizeof(float)});
   if (bytes < 0) return nullptr;
   auto* m = static_cast<flat::Matrix*>(ov_malloc(sizeof(flat::Matrix)));
   if (m == nullptr) return nullptr;

@@ -34,7 +34,7 @@ bool Image::layOut(unsigned char** src) {
 
   // Refuse sizes whose byte count wraps: every plane offset below is derived
   // from N, so a wrapped N would put planes and copies past the buffer.
-  const int64_t total = sizerule::uintCount(width, height, depth, bytesPerPixel);
+  const int64_t total = orvan::sizerule::uintCount(width, height, depth, bytesPerPixel);
   if (total < 0) return false;
   const unsigned int n = width * height * depth;
 

@@ -38,7 +38,7 @@ class OV_EXPORT Image : public RefBase {
   // caller's planes in when every plane the format reads is given (they may
   // point into this image's own buffer), then releases the old buffer. An
   // unknown format, a byte count beyond 32 bits or a failed allocation
-  // changes no plane.
+  // changes no plane. The spelling is part of the interface.
   void configuare(unsigned char** planes);
 
   // Stores the new geometry and configures again; the old buffer is released

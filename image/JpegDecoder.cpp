@@ -133,11 +133,6 @@ Image* decompress(Stream* stream, Image* spare) {
 
 }  // namespace
 
-int ImageDecoder::decode(auto_ptr<Stream>& stream, auto_ptr<Image>& image) {
-  if (stream == nullptr || image == nullptr) return 0;
-  return onDecode(stream, image);
-}
-
 int JpegDecoder::isSupported(auto_ptr<Stream>& stream) {
   if (stream == nullptr) return 0;
   unsigned char magic[3] = {0, 0, 0};
@@ -170,15 +165,4 @@ int JpegDecoder::onDecode(auto_ptr<Stream>& stream, auto_ptr<Image>& image) {
     delete mSpare.exchange(decoded);
   }
   return 1;
-}
-
-ImageDecoderFactory::ImageDecoderFactory() { mDecoders.push_back(auto_ptr<ImageDecoder>(new JpegDecoder())); }
-
-ImageDecoderFactory::~ImageDecoderFactory() {}
-
-ImageDecoder* ImageDecoderFactory::createImageDecoder(auto_ptr<Stream>& stream) {
-  if (stream == nullptr || mDecoders.empty()) return nullptr;
-  for (auto& decoder : mDecoders)
-    if (decoder->isSupported(stream) == 1) return decoder.get();
-  return nullptr;
 }

@@ -67,7 +67,7 @@ int compress(Stream* stream, const Image* image, int quality, RowPacker pack) {
   // The row's bytes are counted before they become a 32-bit size. A width
   // beyond that count is far beyond libjpeg's limit: jpeg_start_compress
   // reports it through the error hook before any row is packed.
-  const int64_t rowBytes = sizerule::uintCount(image->width, 3);
+  const int64_t rowBytes = orvan::sizerule::uintCount(image->width, 3);
   if (rowBytes >= 0) row = static_cast<unsigned char*>(galloc_malloc(static_cast<unsigned int>(rowBytes)));
   if ((rowBytes >= 0 && row == nullptr) || image->planes[0] == nullptr) {
     jpeg_destroy_compress(&cinfo);
@@ -90,19 +90,9 @@ int compress(Stream* stream, const Image* image, int quality, RowPacker pack) {
 
 }  // namespace
 
-int ImageEncoder::encode(auto_ptr<Stream>& stream, auto_ptr<Image>& image, int quality) {
-  if (stream == nullptr || image == nullptr) return 0;
-  return onEncode(stream, image, quality);
-}
-
 int JpegEncoder::onEncode(auto_ptr<Stream>& stream, auto_ptr<Image>& image, int quality) {
   if (stream == nullptr || image == nullptr) return 0;
   const RowPacker pack = packerFor(image->format);
   if (pack == nullptr) return 0;
   return compress(stream.get(), image.get(), quality, pack);
-}
-
-ImageEncoder* ImageEncoderFactory::createImageEncoder(ImageEncoder::Type type) {
-  if (type != ImageEncoder::TYPE_JPEG) return nullptr;
-  return new (std::nothrow) JpegEncoder();
 }

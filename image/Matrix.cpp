@@ -27,10 +27,11 @@ Matrix::~Matrix() {
 // One zero-filled block: the row-pointer table, then the floats.
 void Matrix::allocate(int r, int c) {
   if (r < 1 || c < 1) return;
-  const int64_t cells = sizerule::intCount(r, c);
-  const int64_t tableBytes = sizerule::intCount(r, sizeof(float*));
+  const int64_t cells = orvan::sizerule::intCount(r, c);
+  const int64_t tableBytes = orvan::sizerule::intCount(r, sizeof(float*));
   if (cells < 0 || tableBytes < 0) return;
-  const int64_t bytes = sizerule::within(sizerule::kIntLimit, tableBytes + cells * int64_t{sizeof(float)});
+  const int64_t bytes =
+      orvan::sizerule::within(orvan::sizerule::kIntLimit, tableBytes + cells * int64_t{sizeof(float)});
   if (bytes < 0) return;
   auto* block = static_cast<unsigned char*>(galloc_alloc(static_cast<unsigned int>(bytes)));
   if (block == nullptr) return;

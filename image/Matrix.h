@@ -28,8 +28,9 @@ class OV_EXPORT Matrix : public RefBase {
   // New product (count 0); null when the inner sizes differ.
   static Matrix* multiply(Matrix* a, Matrix* b);
 
-  Matrix* transponse();
-  // Determinant of the matrix without that row and column.
+  Matrix* transponse();  // spelling is part of the interface
+  // Determinant of the matrix without that row and column (the spelling is
+  // part of the interface).
   float cofator(int row, int col);
   float det();
   Matrix* adj();

@@ -15,7 +15,7 @@
 void alpha_blend_neon(unsigned char* pixels, int count, int r, int g, int b, int alpha) {
   if (!pixels) return;
   if (count > -8 && count < 8) return;
-  if (sizerule::intCount(count, 4) < 0) return;  // negative, or bytes beyond an int
+  if (orvan::sizerule::intCount(count, 4) < 0) return;  // negative, or bytes beyond an int
   // Whole groups of eight only; the count % 8 tail is left unblended.
   const int groups = count / 8;
   // 256 - alpha in an 8-bit lane: alpha = 0 wraps to a factor of 0.

@@ -11,7 +11,9 @@ namespace {
 
 // True when both sides are positive and w x h elements of `bytesPer` bytes
 // form a buffer whose byte count fits the int sizes of the interface.
-bool sizeOk(int w, int h, int bytesPer) { return w > 0 && h > 0 && sizerule::intCount(w, h, bytesPer) >= 0; }
+bool sizeOk(int w, int h, int bytesPer) {
+  return w > 0 && h > 0 && orvan::sizerule::intCount(w, h, bytesPer) >= 0;
+}
 
 // Box widths are never wider than this; beyond it every line is shorter anyway.
 constexpr float kMaxBoxWidth = 1073741824.0f;
@@ -65,7 +67,7 @@ int lineRadius(int count, int r) {
 }  // namespace
 
 void alpha_blend(unsigned char* pixels, int count, int r, int g, int b, int alpha) {
-  if (!pixels || count <= 0 || sizerule::intCount(count, 4) < 0) return;
+  if (!pixels || count <= 0 || orvan::sizerule::intCount(count, 4) < 0) return;
   // Unsigned arithmetic: the stored byte is bits 8..15 of the sum either way.
   const uint32_t keep = 256u - (uint32_t)alpha;
   const uint32_t pr = ((uint32_t)alpha * (uint32_t)r) & 0xFFFF;
@@ -106,7 +108,7 @@ void fast_blur(unsigned int* src, unsigned int* dst, int width, int height, int 
   const int wh = width * height;
   const int longest = width > height ? width : height;
   const uint64_t tableLen = 256ull * (uint64_t)div;
-  const int64_t tableBytes = sizerule::uintCount(tableLen, 4);
+  const int64_t tableBytes = orvan::sizerule::uintCount(tableLen, 4);
 
   unsigned int planeBytes = (unsigned int)wh * 4u;
   int* rp = (int*)galloc_malloc(planeBytes);

@@ -34,7 +34,7 @@ inline int momentIndex(int r, int g, int b) { return (r * kSide + g) * kSide + b
 
 // Positive sides and a byte count that fits the interface's int sizes.
 inline bool bytesFit(int width, int height, int channels) {
-  return width > 0 && height > 0 && sizerule::intCount(width, height, channels) > 0;
+  return width > 0 && height > 0 && orvan::sizerule::intCount(width, height, channels) > 0;
 }
 
 inline bool pictureOk(const unsigned char* pixels, int width, int height, int channels) {

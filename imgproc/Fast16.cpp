@@ -6,7 +6,7 @@
 #include "core/SizeRule.h"
 #include "imgproc/Fast16Rows.h"
 
-using namespace fast16_row;
+using namespace orvan::fast16_row;
 
 namespace {
 
@@ -41,7 +41,7 @@ int fast16(const unsigned char* image, int width, int height, int stride, int th
     return FAST16_REFUSED;
   // The image's byte count must fit the int sizes; the output must be addressable.
   const uint64_t out = static_cast<uint64_t>(capacity) * sizeof(Fast16Corner);
-  if (sizerule::intCount(height, stride) < 0 || out > PTRDIFF_MAX) return FAST16_REFUSED;
+  if (orvan::sizerule::intCount(height, stride) < 0 || out > PTRDIFF_MAX) return FAST16_REFUSED;
   return detect(rowKernel(), image, width, height, stride, threshold, nonmaxSuppression != 0, corners,
                 capacity);
 }

@@ -8,7 +8,7 @@
 
 #define OV_AVX2 __attribute__((target("avx2")))
 
-namespace fast16_row {
+namespace orvan::fast16_row {
 namespace {
 
 OV_AVX2 inline __m256i bestArc(const __m256i m[16]) {
@@ -98,6 +98,6 @@ OV_AVX2 int ScoreRow_AVX2(const uint8_t* row, const int* pixel, int x0, int coun
   return n;
 }
 
-}  // namespace fast16_row
+}  // namespace orvan::fast16_row
 
 #endif  // OV_HAVE_FAST16_X86

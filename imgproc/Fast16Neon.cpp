@@ -12,7 +12,7 @@
 #include <simde/arm/neon.h>
 #endif
 
-namespace fast16_row {
+namespace orvan::fast16_row {
 namespace {
 
 inline uint8x16_t bestArc(const uint8x16_t m[16]) {
@@ -105,6 +105,6 @@ int ScoreRow_NEON(const uint8_t* row, const int* pixel, int x0, int count, int t
   return n;
 }
 
-}  // namespace fast16_row
+}  // namespace orvan::fast16_row
 
 #endif  // OV_HAVE_FAST16_NEON

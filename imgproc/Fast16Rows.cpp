@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace fast16_row {
+namespace orvan::fast16_row {
 
 int arcMargin(const uint8_t* p, const int* pixel) {
   const int c = p[0];
@@ -119,4 +119,4 @@ int detect(RowKernel kernel, const uint8_t* image, int width, int height, ptrdif
   return full ? FAST16_FULL : written;
 }
 
-}  // namespace fast16_row
+}  // namespace orvan::fast16_row

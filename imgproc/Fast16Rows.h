@@ -13,7 +13,7 @@
 // Kernels assume valid arguments: the circle of every pixel is inside the
 // image. The SIMD kernels do whole blocks and finish the row with the C one;
 // all are bit-identical to it. imgproc/Fast16.cpp is the one dispatch point.
-namespace fast16_row {
+namespace orvan::fast16_row {
 
 using RowKernel = int (*)(const uint8_t* row, const int* pixel, int x0, int count, int threshold,
                           uint8_t* map, int* xs);
@@ -55,4 +55,4 @@ int ScoreRow_NEON(const uint8_t* row, const int* pixel, int x0, int count, int t
 int detect(RowKernel kernel, const uint8_t* image, int width, int height, ptrdiff_t stride, int threshold,
            bool nonmax, Fast16Corner* corners, int capacity);
 
-}  // namespace fast16_row
+}  // namespace orvan::fast16_row

@@ -10,7 +10,7 @@
 
 #define OV_SSSE3 __attribute__((target("ssse3")))
 
-namespace fast16_row {
+namespace orvan::fast16_row {
 namespace {
 
 // Largest minimum of 9 contiguous entries of the 16 margins around the circle.
@@ -105,6 +105,6 @@ OV_SSSE3 int ScoreRow_SSSE3(const uint8_t* row, const int* pixel, int x0, int co
   return n;
 }
 
-}  // namespace fast16_row
+}  // namespace orvan::fast16_row
 
 #endif  // OV_HAVE_FAST16_X86

@@ -129,17 +129,17 @@ void gaussiir(unsigned char* pixels, int width, int height, int channels, int st
               float radiusY) {
   if (!pixels || width <= 0 || height <= 0 || channels < 1 || channels > 4) return;
   // The last row ends at stride x (height - 1) + width x channels bytes.
-  const int64_t rowBytes = sizerule::intCount(width, channels);
-  const int64_t above = sizerule::intCount(stride, height - 1);
+  const int64_t rowBytes = orvan::sizerule::intCount(width, channels);
+  const int64_t above = orvan::sizerule::intCount(stride, height - 1);
   if (rowBytes < 0 || stride < rowBytes || above < 0 ||
-      sizerule::within(sizerule::kIntLimit, above + rowBytes) < 0)
+      orvan::sizerule::within(orvan::sizerule::kIntLimit, above + rowBytes) < 0)
     return;
   if (width <= 4 || height <= 4) return;
   const bool doX = radiusX > 0.0f, doY = radiusY > 0.0f;  // NaN: skipped
   if (!doX && !doY) return;
 
   const int longest = width > height ? width : height;
-  const int64_t lineBytes = sizerule::uintCount(longest, sizeof(double));
+  const int64_t lineBytes = orvan::sizerule::uintCount(longest, sizeof(double));
   if (lineBytes < 0) return;
   double* in = (double*)galloc_malloc((unsigned int)lineBytes);
   double* out = (double*)galloc_malloc((unsigned int)lineBytes);

@@ -85,7 +85,7 @@ unsigned traverse(unsigned int vecDim, bool countPositions, unsigned int* img, u
 bool argsOk(const void* vec, const unsigned int* img, unsigned short rows, unsigned short cols) {
   if (!vec || !img) return false;
   // The image's byte count must fit the interface's unsigned 32-bit sizes.
-  return sizerule::uintCount(rows, cols, 4) >= 0;
+  return orvan::sizerule::uintCount(rows, cols, 4) >= 0;
 }
 
 }  // namespace
@@ -131,7 +131,7 @@ unsigned int lbp_pyr_get_dim(unsigned short rows, unsigned short cols, unsigned 
     w /= 2;
     h /= 2;
   }
-  const int64_t dim = sizerule::uintCount(d, 256);
+  const int64_t dim = orvan::sizerule::uintCount(d, 256);
   return dim >= 0 ? (unsigned int)dim : 0u;
 }
 

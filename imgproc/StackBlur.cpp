@@ -295,7 +295,7 @@ void blurImage(unsigned char* pixels, int width, int height, int radius, uint32_
 
 void stack_blur(unsigned char* pixels, int width, int height, int radius) {
   if (!pixels || width <= 0 || height <= 0) return;
-  if (sizerule::intCount(width, height, 4) < 0) return;
+  if (orvan::sizerule::intCount(width, height, 4) < 0) return;
   if (radius < 0 || radius > kMaxRadius) return;
   const uint32_t mul = kStackBlurMul[radius];
   switch (kStackBlurShr[radius]) {

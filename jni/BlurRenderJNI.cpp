@@ -20,7 +20,7 @@ bool canServe(JNIEnv* env, jobject bitmap, jint width, jint height, jint radius)
   if (info.format != ANDROID_BITMAP_FORMAT_RGBA_8888) return false;
   if (static_cast<uint64_t>(info.stride) != static_cast<uint64_t>(info.width) * 4) return false;
   // The blur's byte count must fit its int sizes, and the bitmap must hold the pixels.
-  if (sizerule::intCount(width, height, 4) < 0) return false;
+  if (orvan::sizerule::intCount(width, height, 4) < 0) return false;
   return static_cast<uint64_t>(width) * static_cast<uint64_t>(height) <=
          static_cast<uint64_t>(info.width) * info.height;
 }

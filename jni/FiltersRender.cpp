@@ -92,7 +92,9 @@ void passElements(ImageFilterBaseGL* filter, const char* name, JNIEnv* env, jarr
   }
 
 // True when width x height RGBA pixels fit the int byte counts the filters take.
-bool rgbaBytesFitInt(uint64_t width, uint64_t height) { return sizerule::intCount(width, height, 4) >= 0; }
+bool rgbaBytesFitInt(uint64_t width, uint64_t height) {
+  return orvan::sizerule::intCount(width, height, 4) >= 0;
+}
 
 // Only tightly packed RGBA 8888 pixels match what the filters assume.
 bool isPackedRgba(const AndroidBitmapInfo& info) {

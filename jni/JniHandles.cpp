@@ -4,7 +4,7 @@
 #include <mutex>
 #include <unordered_map>
 
-namespace ovjni {
+namespace orvan::ovjni {
 
 #if UINTPTR_MAX > 0xffffffffu
 
@@ -69,4 +69,4 @@ void* intHandleRemove(jint handle) { return intHandleGet(handle); }
 
 #endif
 
-}  // namespace ovjni
+}  // namespace orvan::ovjni

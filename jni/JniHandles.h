@@ -8,7 +8,7 @@
 // int, so 64-bit builds hand out small non-zero ids from a locked table (an id
 // is not reused while its object lives; unknown ids resolve to null, like 0).
 // On 32-bit builds the handle is the address itself.
-namespace ovjni {
+namespace orvan::ovjni {
 
 // A new handle for p, or 0 when p is null or the table is full.
 jint intHandleAdd(void* p);
@@ -24,4 +24,4 @@ inline T* fromLongHandle(jlong handle) {
   return reinterpret_cast<T*>(static_cast<intptr_t>(handle));
 }
 
-}  // namespace ovjni
+}  // namespace orvan::ovjni

@@ -12,7 +12,7 @@ OV_CAPI jlong Java_com_orvan_media_effects_pano_PanoramaModule_nativeCreate(JNIE
   OV_LOGD("Java_com_orvan_media_effects_pano_PanoramaModule_nativeCreate width:%d, height:%d, format:%d\n",
           width, height, format);
   if (pano->startup(width, height, format, PanoramaModuleOnErrorCallback) == PANORAMA_RESULT_TYPE_NO_ERROR) {
-    return ovjni::longHandleOf(pano);
+    return orvan::ovjni::longHandleOf(pano);
   }
   pano->close();
   delete pano;
@@ -28,12 +28,12 @@ OV_CAPI jint Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess(JNIE
   OV_LOGD(
       "Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess pano_handle:%p, data:%p, gyroX:%f, "
       "gyroY:%f\n",
-      ovjni::fromLongHandle<void>(handle), static_cast<void*>(pinned), static_cast<double>(gyroX),
+      orvan::ovjni::fromLongHandle<void>(handle), static_cast<void*>(pinned), static_cast<double>(gyroX),
       static_cast<double>(gyroY));
 
   // A missing handle is not an error to the Java side.
   int result = PANORAMA_RESULT_TYPE_NO_ERROR;
-  auto* pano = ovjni::fromLongHandle<PanoramaInterface>(handle);
+  auto* pano = orvan::ovjni::fromLongHandle<PanoramaInterface>(handle);
   if (pano != nullptr) {
     // The module reads a whole frame: a shorter array counts as no frame.
     auto* frame = reinterpret_cast<unsigned char*>(pinned);
@@ -61,8 +61,8 @@ OV_CAPI jint Java_com_orvan_media_effects_pano_PanoramaModule_nativeProcess(JNIE
 
 OV_CAPI void Java_com_orvan_media_effects_pano_PanoramaModule_nativeDestroy(JNIEnv*, jobject, jlong handle) {
   OV_LOGD("Java_com_orvan_media_effects_pano_PanoramaModule_nativeDestroy  pano_handle:%p\n",
-          ovjni::fromLongHandle<void>(handle));
-  auto* pano = ovjni::fromLongHandle<PanoramaInterface>(handle);
+          orvan::ovjni::fromLongHandle<void>(handle));
+  auto* pano = orvan::ovjni::fromLongHandle<PanoramaInterface>(handle);
   if (pano != nullptr) {
     pano->close();
     delete pano;

@@ -29,15 +29,15 @@ SuperCaptureMode::~SuperCaptureMode() = default;
 void SuperCaptureMode::init(unsigned int width, unsigned int height, unsigned int fmt) {
   m_Width = static_cast<int>(width);
   m_Height = static_cast<int>(height);
-  format = fmt;
-  mHistory.clear();
+  m_Format = fmt;
+  m_History.clear();
   OV_LOGD("m_Width:%d, m_Height:%d\n", m_Width, m_Height);
 }
 
-void SuperCaptureMode::release() { mHistory.clear(); }
+void SuperCaptureMode::release() { m_History.clear(); }
 
 long long SuperCaptureMode::lumaSize() const {
-  const int64_t n = sizerule::intCount(m_Width, m_Height);
+  const int64_t n = orvan::sizerule::intCount(m_Width, m_Height);
   return n < 0 ? 0 : n;
 }
 
@@ -55,16 +55,16 @@ void SuperCaptureMode::process(JNIEnv* env, jobject thiz, unsigned char* data) {
   }
   int brightness = static_cast<int>(sum / pixels);
 
-  mHistory.push_back(brightness);
-  if (mHistory.size() > static_cast<size_t>(kHistorySize)) mHistory.erase(mHistory.begin());
+  m_History.push_back(brightness);
+  if (m_History.size() > static_cast<size_t>(kHistorySize)) m_History.erase(m_History.begin());
 
-  int n = static_cast<int>(mHistory.size());
+  int n = static_cast<int>(m_History.size());
   int s = n > kSmoothFrames ? n - kSmoothFrames : 0;
   long long recent = 0;
-  for (int i = s; i < n; ++i) recent += mHistory[i];
+  for (int i = s; i < n; ++i) recent += m_History[i];
   int smoothed = static_cast<int>(recent / (n - s));
 
-  if (std::abs(mLastBrightness - smoothed) < kHysteresis) return;
+  if (std::abs(m_LastBrightness - smoothed) < kHysteresis) return;
 
   float value = 22.0f;
   int level = -2;
@@ -75,10 +75,10 @@ void SuperCaptureMode::process(JNIEnv* env, jobject thiz, unsigned char* data) {
       break;
     }
   }
-  mLastValue = value;
-  mLastLevel = level;
+  m_LastValue = value;
+  m_LastLevel = level;
   onResultCallback(env, thiz, value, level);
-  mLastBrightness = smoothed;
+  m_LastBrightness = smoothed;
 }
 
 void onResultCallback(JNIEnv* env, jobject obj, float value, int level) {

@@ -36,11 +36,11 @@ class OV_EXPORT SuperCaptureMode : public RefBase {
 
   int getWidth() const { return m_Width; }
   int getHeight() const { return m_Height; }
-  unsigned int getFormat() const { return format; }
-  int getHistorySize() const { return static_cast<int>(mHistory.size()); }
-  int getLastBrightness() const { return mLastBrightness; }
-  float getLastValue() const { return mLastValue; }
-  int getLastLevel() const { return mLastLevel; }
+  unsigned int getFormat() const { return m_Format; }
+  int getHistorySize() const { return static_cast<int>(m_History.size()); }
+  int getLastBrightness() const { return m_LastBrightness; }
+  float getLastValue() const { return m_LastValue; }
+  int getLastLevel() const { return m_LastLevel; }
 
   // Frame size in bytes of the luma plane, or 0 when it is empty or too large.
   long long lumaSize() const;
@@ -48,11 +48,11 @@ class OV_EXPORT SuperCaptureMode : public RefBase {
  private:
   int m_Width = 0;
   int m_Height = 0;
-  unsigned int format = 0;
-  std::vector<int> mHistory;
-  int mLastBrightness = 0;
-  float mLastValue = 0.0f;
-  int mLastLevel = 0;
+  unsigned int m_Format = 0;
+  std::vector<int> m_History;
+  int m_LastBrightness = 0;
+  float m_LastValue = 0.0f;
+  int m_LastLevel = 0;
 };
 
 // Calls obj.onResultCallback(value, level) ("(FI)V"); logs and returns when

@@ -18,11 +18,11 @@ OV_CAPI jint Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeCreat
       width, height, format);
   // A size of 0 is accepted (such a monitor ignores every frame); negative
   // sizes and luma planes beyond an int are not.
-  if (sizerule::intCount(width, height) < 0) return 0;
+  if (orvan::sizerule::intCount(width, height) < 0) return 0;
   auto* mode = new SuperCaptureMode();
   mode->init(static_cast<unsigned int>(width), static_cast<unsigned int>(height),
              static_cast<unsigned int>(format));
-  jint handle = ovjni::intHandleAdd(mode);
+  jint handle = orvan::ovjni::intHandleAdd(mode);
   if (handle == 0) delete mode;
   return handle;
 }
@@ -32,7 +32,7 @@ OV_CAPI void Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeProce
                                                                                    jbyteArray data) {
   if (data == nullptr) return;
   jbyte* bytes = env->GetByteArrayElements(data, nullptr);
-  auto* mode = static_cast<SuperCaptureMode*>(ovjni::intHandleGet(handle));
+  auto* mode = static_cast<SuperCaptureMode*>(orvan::ovjni::intHandleGet(handle));
   // The monitor reads a whole luma plane: a shorter array is not read at all.
   if (mode != nullptr && bytes != nullptr && env->GetArrayLength(data) >= mode->lumaSize()) {
     mode->process(env, thiz, reinterpret_cast<unsigned char*>(bytes));
@@ -42,5 +42,5 @@ OV_CAPI void Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeProce
 
 OV_CAPI void Java_com_orvan_media_supercapture_mode_SuperCaptureMode_nativeDestroy(JNIEnv*, jobject,
                                                                                    jint handle) {
-  delete static_cast<SuperCaptureMode*>(ovjni::intHandleRemove(handle));
+  delete static_cast<SuperCaptureMode*>(orvan::ovjni::intHandleRemove(handle));
 }

@@ -11,6 +11,7 @@
 #include "core/Memory.h"
 #include "core/SizeRule.h"
 #include "image/ColorConvert.h"
+#include "panorama/PanoramaBufferPool.h"
 
 namespace {
 
@@ -28,54 +29,13 @@ int wrapMul(int a, int b) { return static_cast<int>(static_cast<uint32_t>(static
 
 }  // namespace
 
-// A few spare frame buffers of one size, shared by the module and the frames
-// it made (a frame may outlive its module). Buffers come from galloc_malloc
-// and go back to galloc_free.
-class PanoramaBufferPool : public RefBase {
- public:
-  static const size_t kMaxSpare = 8;
-
-  explicit PanoramaBufferPool(unsigned int bytes) : mBytes(bytes) {}
-  ~PanoramaBufferPool() override {
-    for (unsigned char* p : mSpare) galloc_free(p);
-  }
-
-  unsigned char* take() {
-    {
-      Mutex::Autolock guard(mLock);
-      if (!mSpare.empty()) {
-        unsigned char* p = mSpare.back();
-        mSpare.pop_back();
-        return p;
-      }
-    }
-    return static_cast<unsigned char*>(galloc_malloc(mBytes));
-  }
-
-  void give(unsigned char* p) {
-    {
-      Mutex::Autolock guard(mLock);
-      if (mSpare.size() < kMaxSpare) {
-        mSpare.push_back(p);
-        return;
-      }
-    }
-    galloc_free(p);
-  }
-
- private:
-  const unsigned int mBytes;
-  Mutex mLock;
-  std::vector<unsigned char*> mSpare;
-};
-
 namespace {
 
 // A queued frame whose buffer goes back to the pool instead of the allocator.
 class PooledFrame : public PanoramaFrame {
  public:
   PooledFrame(int index, int width, int height, int format, unsigned char* data,
-              const auto_ptr<PanoramaBufferPool>& pool)
+              const auto_ptr<orvan::panorama::PanoramaBufferPool>& pool)
       : PanoramaFrame(index, width, height, format, data), mPool(pool) {}
   ~PooledFrame() override {
     if (data != nullptr) mPool->give(data);
@@ -83,7 +43,7 @@ class PooledFrame : public PanoramaFrame {
   }
 
  private:
-  auto_ptr<PanoramaBufferPool> mPool;
+  auto_ptr<orvan::panorama::PanoramaBufferPool> mPool;
 };
 
 }  // namespace
@@ -109,8 +69,8 @@ int PanoramaModule::startup(int width, int height, int format, void (*onError)(i
           reinterpret_cast<void*>(onError));
   if (width < 1 || height < 1 || format < 1 || format > 3) return PANORAMA_RESULT_TYPE_INVALID_PARAMETER;
   // A YV12 frame of W x H x 3 / 2 bytes, sized with ints.
-  const int64_t pixels = sizerule::intCount(width, height);
-  if (pixels < 0 || sizerule::within(sizerule::kIntLimit, pixels * 3 / 2) < 0)
+  const int64_t pixels = orvan::sizerule::intCount(width, height);
+  if (pixels < 0 || orvan::sizerule::within(orvan::sizerule::kIntLimit, pixels * 3 / 2) < 0)
     return PANORAMA_RESULT_TYPE_INVALID_PARAMETER;
   // A startup while running begins a new run; the old worker is stopped
   // first, as a second worker would orphan its thread.
@@ -125,7 +85,7 @@ int PanoramaModule::startup(int width, int height, int format, void (*onError)(i
   mFormat = format;
   mDirection.store(PANORAMA_DIRECTION_TYPE_NONE);
   clearQueue();
-  mPool = new PanoramaBufferPool(static_cast<unsigned int>(pixels * 3 / 2));
+  mPool = new orvan::panorama::PanoramaBufferPool(static_cast<unsigned int>(pixels * 3 / 2));
   mRunning.store(true);
   // No worker (logged by start): the module reads as stopped, so pushes are
   // refused instead of queueing frames nobody takes.

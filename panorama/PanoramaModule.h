@@ -14,7 +14,7 @@
 // Result codes of startup and pushFrame (the misspelling is the interface's).
 enum PanoramaResultType {
   PANORAMA_RESULT_TYPE_NO_ERROR = 0,
-  PANORAMA_RESULT_TYPE_OUT_OF_MEMRORY = 1,
+  PANORAMA_RESULT_TYPE_OUT_OF_MEMRORY = 1,  // spelling is part of the interface
   PANORAMA_RESULT_TYPE_WRONG_DIRECTION = 2,
   PANORAMA_RESULT_TYPE_INVALID_PARAMETER = 3,
   PANORAMA_RESULT_TYPE_INVALID_OPERATOR = 4,
@@ -36,14 +36,16 @@ enum PanoramaDirectionType {
   PANORAMA_DIRECTION_TYPE_4 = 4,  // mostly along X, dX < 0: offsetY < 0
 };
 
+namespace orvan::panorama {
+class PanoramaBufferPool;
+}  // namespace orvan::panorama
+
 // Places panorama preview frames from gyroscope readings alone and queues
 // them, repacked to YV12, for a worker thread that keeps the last one. The
 // caller's thread gets each frame's offset at once; nothing is stitched.
 //
 // Offsets cross over: the horizontal one comes from the Y reading (35 px per
 // whole unit of difference), the vertical one from the X reading (15 px).
-class PanoramaBufferPool;
-
 class OV_EXPORT PanoramaModule : public Thread {
  public:
   // Pixels of offset per whole unit of gyroscope difference.
@@ -108,5 +110,5 @@ class OV_EXPORT PanoramaModule : public Thread {
   auto_ptr<PanoramaFrame> mResult;
   // Frame buffers of this run's size, recycled so that a steady sweep does
   // not fault fresh pages in for every frame.
-  auto_ptr<PanoramaBufferPool> mPool;
+  auto_ptr<orvan::panorama::PanoramaBufferPool> mPool;
 };

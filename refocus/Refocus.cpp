@@ -67,7 +67,8 @@ int64_t scratchBytes(int64_t pixels) { return pixels > kTableBytes ? pixels : kT
 // The work buffer: cell sums first (4-byte aligned), the scratch, the small
 // image and the gradient image. -1 when it does not fit the allocator.
 int64_t workBytes(int64_t cells, int64_t pixels) {
-  return sizerule::within(sizerule::kUintLimit, cells * 4 + scratchBytes(pixels) + 2 * kSideArea);
+  return orvan::sizerule::within(orvan::sizerule::kUintLimit,
+                                 cells * 4 + scratchBytes(pixels) + 2 * kSideArea);
 }
 
 int cellCount(const RFModule* m) { return m->gridCols * m->gridRows; }
@@ -173,7 +174,7 @@ void cellSumsOf(const unsigned char* small, int gridCols, int gridRows, int* cel
 
 RFTarget* RFTarget_Create(int* data, int cols, int rows) {
   if (data == nullptr || cols < 1 || rows < 1) return nullptr;
-  const int64_t bytes = sizerule::intCount(cols, rows, 4);
+  const int64_t bytes = orvan::sizerule::intCount(cols, rows, 4);
   if (bytes < 0) return nullptr;
   auto* t = static_cast<RFTarget*>(ov_malloc(sizeof(RFTarget)));
   if (t == nullptr) return nullptr;
@@ -201,13 +202,14 @@ RFModule* RFModule_Create(int width, int height, int gridCols, int gridRows) {
   // The frame (two bytes per pixel) and the record length reported in an int
   // must fit an int; the work buffer and the record block the allocator's
   // 32 bits.
-  if (sizerule::intCount(width, height, 2) < 0) return nullptr;
-  const int64_t cells = sizerule::intCount(gridCols, gridRows);
-  if (cells < 0 ||
-      sizerule::within(sizerule::kIntLimit, (cells + kHeaderWords + kReportedPositionWords) * 4) < 0)
+  if (orvan::sizerule::intCount(width, height, 2) < 0) return nullptr;
+  const int64_t cells = orvan::sizerule::intCount(gridCols, gridRows);
+  if (cells < 0 || orvan::sizerule::within(orvan::sizerule::kIntLimit,
+                                           (cells + kHeaderWords + kReportedPositionWords) * 4) < 0)
     return nullptr;
   const int64_t work = workBytes(cells, int64_t{width} * height);
-  if (work < 0 || sizerule::within(sizerule::kUintLimit, recordBytes(cells)) < 0) return nullptr;
+  if (work < 0 || orvan::sizerule::within(orvan::sizerule::kUintLimit, recordBytes(cells)) < 0)
+    return nullptr;
 
   auto* m = static_cast<RFModule*>(ov_malloc_has_tag(RF_MODULE_TAG, sizeof(RFModule)));
   if (m == nullptr) return nullptr;

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-namespace supercapture {
+namespace orvan::supercapture {
 namespace {
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the lane shuffles assume little endian");
@@ -197,4 +197,4 @@ void resultMean(uint8_t* dst, const int32_t* acc, size_t n, int32_t count) {
 
 #undef OV_MERGE_BLOCKS
 
-}  // namespace supercapture
+}  // namespace orvan::supercapture

@@ -7,7 +7,7 @@
 // block kernel of this target (NEON on ARM, the portable vector kernel
 // elsewhere) over whole blocks of sixteen bytes and the plain C kernel over
 // the tail, and gives exactly the result of the per-byte definition.
-namespace supercapture {
+namespace orvan::supercapture {
 
 // acc[i] = max(acc[i], src[i]) as signed 32-bit values.
 void mergeMax(int32_t* acc, const uint8_t* src, size_t n);
@@ -50,4 +50,4 @@ size_t resultMean_NEON(uint8_t* dst, const int32_t* acc, size_t n, int32_t count
 #define OV_HAVE_NEON_MERGE 0
 #endif
 
-}  // namespace supercapture
+}  // namespace orvan::supercapture

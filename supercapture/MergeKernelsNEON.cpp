@@ -12,7 +12,7 @@
 #include <simde/arm/neon.h>
 #endif
 
-namespace supercapture {
+namespace orvan::supercapture {
 namespace {
 
 // Sixteen bytes in four vectors of four 32-bit lanes, in order.
@@ -114,6 +114,6 @@ size_t resultMean_NEON(uint8_t* dst, const int32_t* acc, size_t n, int32_t count
   return i;
 }
 
-}  // namespace supercapture
+}  // namespace orvan::supercapture
 
 #endif  // OV_HAVE_NEON_MERGE

@@ -35,42 +35,42 @@ int brightness(const unsigned char* p, unsigned int pixels) {
 }  // namespace
 
 SuperCapture::SuperCapture()
-    : width(0), height(0), format(0), running(false), finished(true), workerStarted(false) {}
+    : mWidth(0), mHeight(0), mFormat(0), mRunning(false), mFinished(true), mWorkerStarted(false) {}
 
 SuperCapture::~SuperCapture() {
   // Deleting a pipeline whose worker still runs must not leave the thread on
   // a freed object.
-  if (workerStarted) {
-    running.store(false);
+  if (mWorkerStarted) {
+    mRunning.store(false);
     join();
   }
 }
 
 int SuperCapture::init(unsigned int w, unsigned int h, unsigned int fmt) {
   OV_LOGD("SuperSensor::init ..............................................\n");
-  if (w == 0 || h == 0 || fmt == 0 || fmt > supercapture::kFormatPacked) return -1;
-  if (!supercapture::sizeFits(w, h) || workerStarted) return -1;
-  width = w;
-  height = h;
-  format = fmt;
+  if (w == 0 || h == 0 || fmt == 0 || fmt > orvan::supercapture::kFormatPacked) return RESULT_INVALID;
+  if (!orvan::supercapture::sizeFits(w, h) || mWorkerStarted) return RESULT_INVALID;
+  mWidth = w;
+  mHeight = h;
+  mFormat = fmt;
   {
-    Mutex::Autolock hold(queueLock);
-    queue.clear();
+    Mutex::Autolock hold(mQueueLock);
+    mQueue.clear();
   }
-  running.store(true);
+  mRunning.store(true);
   {
-    Mutex::Autolock hold(resultLock);
-    finished = false;
+    Mutex::Autolock hold(mResultLock);
+    mFinished = false;
   }
   if (start() == 0) {
-    workerStarted = true;
+    mWorkerStarted = true;
   } else {
     // No worker will ever report: popFrame must not wait for one.
-    running.store(false);
-    Mutex::Autolock hold(resultLock);
-    finished = true;
+    mRunning.store(false);
+    Mutex::Autolock hold(mResultLock);
+    mFinished = true;
   }
-  return 0;
+  return RESULT_OK;
 }
 
 int SuperCapture::pushFrame(unsigned char** planes) {
@@ -79,33 +79,34 @@ int SuperCapture::pushFrame(unsigned char** planes) {
       "planes[1]:%p, planes[2]:%p, planes[3]:%p \n",
       static_cast<void*>(plane(planes, 0)), static_cast<void*>(plane(planes, 1)),
       static_cast<void*>(plane(planes, 2)), static_cast<void*>(plane(planes, 3)));
-  if (allNull(planes)) return -1;
-  if (plane(planes, 0) == nullptr || width == 0 || height == 0 || format != supercapture::kFormatPacked)
-    return -3;
-  unsigned int bytes = width * height * 2;  // init checked that it fits
+  if (allNull(planes)) return RESULT_INVALID;
+  if (plane(planes, 0) == nullptr || mWidth == 0 || mHeight == 0 ||
+      mFormat != orvan::supercapture::kFormatPacked)
+    return RESULT_REFUSED;
+  unsigned int bytes = mWidth * mHeight * 2;  // init checked that it fits
   auto* copy = static_cast<unsigned char*>(galloc_malloc(bytes));
-  if (copy == nullptr) return -3;
+  if (copy == nullptr) return RESULT_REFUSED;
   galloc_memcpy(copy, planes[0], bytes);
   unsigned char* owned[4] = {copy, nullptr, nullptr, nullptr};
-  auto* raw = new (std::nothrow) SuperCaptureFrame(0, width, height, 1, owned);
+  auto* raw = new (std::nothrow) SuperCaptureFrame(0, mWidth, mHeight, 1, owned);
   if (raw == nullptr) {
     galloc_free(copy);
-    return -3;
+    return RESULT_REFUSED;
   }
   auto_ptr<SuperCaptureFrame> frame(raw);
   OV_LOGD("SuperCapture::pushFrame success\n");
   {
     // The worker removes frames under this lock, so appends take it too.
-    Mutex::Autolock hold(queueLock);
-    frame->id = static_cast<unsigned int>(queue.size()) + 1;
+    Mutex::Autolock hold(mQueueLock);
+    frame->id = static_cast<unsigned int>(mQueue.size()) + 1;
     try {
-      queue.push_back(frame);
+      mQueue.push_back(frame);
     } catch (const std::bad_alloc&) {
-      return -3;  // nothing throws across the flat interface; the frame is freed
+      return RESULT_REFUSED;  // nothing throws across the flat interface; the frame is freed
     }
   }
-  frameAvailable.signal();
-  return 0;
+  mFrameAvailable.signal();
+  return RESULT_OK;
 }
 
 void SuperCapture::run() {
@@ -115,47 +116,47 @@ void SuperCapture::run() {
   auto_ptr<SuperCaptureLowLightScheme> low;
   auto_ptr<SuperCaptureHighLightScheme> high;
 
-  if (running.load()) {
+  if (mRunning.load()) {
     do {
       // Only the take happens under the queue lock: a push never waits for a
       // merge. A frame once taken is merged before `running` is looked at
       // again, so the frame in hand is always part of the result.
       bool taken = false;
-      queueLock.lock();
-      while (queue.empty()) {
-        if (!running.load()) break;
+      mQueueLock.lock();
+      while (mQueue.empty()) {
+        if (!mRunning.load()) break;
         // Returns at once (the deadline lies in the past): the worker polls.
-        frameAvailable.waitRelative(queueLock, 1000);
-        if (queue.empty()) {
+        mFrameAvailable.waitRelative(mQueueLock, 1000);
+        if (mQueue.empty()) {
           // Let the producer in rather than spin on the lock.
-          queueLock.unlock();
+          mQueueLock.unlock();
           sched_yield();
-          queueLock.lock();
+          mQueueLock.lock();
         }
       }
-      if (!queue.empty()) {
-        current = queue.back();
-        queue.pop_back();
+      if (!mQueue.empty()) {
+        current = mQueue.back();
+        mQueue.pop_back();
         taken = true;
       }
-      queueLock.unlock();
+      mQueueLock.unlock();
       if (taken) {
         OV_LOGD("SuperCapture::run   getFrame\n");
         if (low == nullptr && high == nullptr) {
-          int lum = brightness(current->planes[0], width * height);
+          int lum = brightness(current->planes[0], mWidth * mHeight);
           OV_LOGD("SuperCapture::run lum:%d select scheme", lum);
           if (lum < kLowLightThreshold) {
             low = new (std::nothrow) SuperCaptureLowLightScheme();
-            if (low != nullptr) low->init(width, height, format);
+            if (low != nullptr) low->init(mWidth, mHeight, mFormat);
           } else {
             high = new (std::nothrow) SuperCaptureHighLightScheme();
-            if (high != nullptr) high->init(width, height, format);
+            if (high != nullptr) high->init(mWidth, mHeight, mFormat);
           }
         }
         if (low != nullptr) low->process(current);
         if (high != nullptr) high->process(current);
       }
-    } while (running.load());
+    } while (mRunning.load());
   }
 
   if (low != nullptr || high != nullptr) {
@@ -165,59 +166,59 @@ void SuperCapture::run() {
   }
   {
     // Set and signalled under the lock popFrame checks under: no lost wake-up.
-    Mutex::Autolock hold(resultLock);
-    result = current;
-    finished = true;
-    resultReady.signal();
+    Mutex::Autolock hold(mResultLock);
+    mResult = current;
+    mFinished = true;
+    mResultReady.signal();
   }
 }
 
 int SuperCapture::popFrame(unsigned char** planes) {
   OV_LOGD("SuperCapture::popFrame .....................0");
-  if (allNull(planes)) return -1;
+  if (allNull(planes)) return RESULT_INVALID;
   OV_LOGD("SuperCapture::popFrame ..................... 1");
-  running.store(false);
+  mRunning.store(false);
   OV_LOGD("SuperCapture::popFrame ..................... 2");
   auto_ptr<SuperCaptureFrame> merged;
   {
-    Mutex::Autolock hold(resultLock);
-    while (!finished) resultReady.wait(resultLock);
-    merged = result;
+    Mutex::Autolock hold(mResultLock);
+    while (!mFinished) mResultReady.wait(mResultLock);
+    merged = mResult;
   }
   OV_LOGD("SuperCapture::popFrame ..................... 3");
-  if (merged != nullptr) galloc_memcpy(planes[0], merged->planes[0], width * height * 2);
+  if (merged != nullptr) galloc_memcpy(planes[0], merged->planes[0], mWidth * mHeight * 2);
   OV_LOGD("SuperCapture::popFrame ..................... 4");
-  return 0;
+  return RESULT_OK;
 }
 
 int SuperCapture::final() {
   OV_LOGD("SuperCapture::final .....................  1");
-  running.store(false);
+  mRunning.store(false);
   OV_LOGD("SuperCapture::final .....................  2");
   join();
-  workerStarted = false;
+  mWorkerStarted = false;
   {
     // A worker skipped by the join never reports; nobody may wait for it.
-    Mutex::Autolock hold(resultLock);
-    finished = true;
+    Mutex::Autolock hold(mResultLock);
+    mFinished = true;
   }
   OV_LOGD("SuperCapture::final .....................  3");
   {
-    Mutex::Autolock hold(queueLock);
-    queue.clear();
+    Mutex::Autolock hold(mQueueLock);
+    mQueue.clear();
   }
   OV_LOGD("SuperCapture::final .....................  4");
-  return 0;
+  return RESULT_OK;
 }
 
 unsigned int SuperCapture::getQueuedCount() {
-  Mutex::Autolock hold(queueLock);
-  return static_cast<unsigned int>(queue.size());
+  Mutex::Autolock hold(mQueueLock);
+  return static_cast<unsigned int>(mQueue.size());
 }
 
 auto_ptr<SuperCaptureFrame> SuperCapture::getResultFrame() {
-  Mutex::Autolock hold(resultLock);
-  return result;
+  Mutex::Autolock hold(mResultLock);
+  return mResult;
 }
 
 // ---- flat interface
@@ -228,7 +229,7 @@ intptr_t super_capture_module_init(int width, int height, int format) {
   if (capture == nullptr) return 0;
   // Negative sizes become huge unsigned ones, which init refuses.
   if (capture->init(static_cast<unsigned int>(width), static_cast<unsigned int>(height),
-                    static_cast<unsigned int>(format)) != 0) {
+                    static_cast<unsigned int>(format)) != SuperCapture::RESULT_OK) {
     delete capture;
     return 0;
   }
@@ -237,13 +238,13 @@ intptr_t super_capture_module_init(int width, int height, int format) {
 
 int super_capture_module_push_frame(intptr_t handle, unsigned char** planes) {
   logPlanes("super_capture_module_push_frame", handle, planes);
-  if (handle == 0) return -1;
+  if (handle == 0) return SuperCapture::RESULT_INVALID;
   return reinterpret_cast<SuperCapture*>(handle)->pushFrame(planes);
 }
 
 int super_capture_module_pop_frame(intptr_t handle, unsigned char** planes) {
   logPlanes("super_capture_module_pop_frame", handle, planes);
-  if (handle == 0) return -1;
+  if (handle == 0) return SuperCapture::RESULT_INVALID;
   return reinterpret_cast<SuperCapture*>(handle)->popFrame(planes);
 }
 

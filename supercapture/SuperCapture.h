@@ -23,6 +23,13 @@ class OV_EXPORT SuperCapture : public Thread {
   SuperCapture(const SuperCapture&) = delete;
   SuperCapture& operator=(const SuperCapture&) = delete;
 
+  // Results of init, pushFrame and popFrame and of the flat calls.
+  enum Result : int {
+    RESULT_OK = 0,
+    RESULT_INVALID = -1,  // no pipeline, no plane at all, or bad init arguments
+    RESULT_REFUSED = -3,  // frame refused
+  };
+
   // 0 once the worker is started; -1 for a zero size, a format other than 1,
   // a frame too large for 32-bit byte counts, or a pipeline already running.
   int init(unsigned int width, unsigned int height, unsigned int format);
@@ -48,19 +55,19 @@ class OV_EXPORT SuperCapture : public Thread {
   static constexpr int kLowLightThreshold = 25;
 
  private:
-  unsigned int width;
-  unsigned int height;
-  unsigned int format;
-  std::vector<auto_ptr<SuperCaptureFrame>> queue;  // a stack: newest at the back
-  auto_ptr<SuperCaptureFrame> result;
-  std::atomic<bool> running;
-  Mutex queueLock;
-  Mutex resultLock;
-  Condition frameAvailable;
-  Condition resultReady;
-  // Under resultLock: true once no worker will set the result any more.
-  bool finished;
-  bool workerStarted;
+  unsigned int mWidth;
+  unsigned int mHeight;
+  unsigned int mFormat;
+  std::vector<auto_ptr<SuperCaptureFrame>> mQueue;  // a stack: newest at the back
+  auto_ptr<SuperCaptureFrame> mResult;
+  std::atomic<bool> mRunning;
+  Mutex mQueueLock;
+  Mutex mResultLock;
+  Condition mFrameAvailable;
+  Condition mResultReady;
+  // Under mResultLock: true once no worker will set the result any more.
+  bool mFinished;
+  bool mWorkerStarted;
 };
 
 // Flat interface for the native camera stack. The handle is the pipeline's

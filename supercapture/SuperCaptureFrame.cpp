@@ -21,10 +21,10 @@ SuperCaptureFrame::~SuperCaptureFrame() {
 
 SuperCaptureFrame* SuperCaptureFrame::createFrame(unsigned int id, unsigned int width, unsigned int height,
                                                   unsigned int format, unsigned char** planes) {
-  if (width == 0 || height == 0 || format != supercapture::kFormatPacked) return nullptr;
+  if (width == 0 || height == 0 || format != orvan::supercapture::kFormatPacked) return nullptr;
   if (planes == nullptr || planes[0] == nullptr) return nullptr;
-  if (!supercapture::sizeFits(width, height)) return nullptr;
-  const auto bytes = static_cast<unsigned int>(sizerule::uintCount(width, height, 2));
+  if (!orvan::supercapture::sizeFits(width, height)) return nullptr;
+  const auto bytes = static_cast<unsigned int>(orvan::sizerule::uintCount(width, height, 2));
   auto* copy = static_cast<unsigned char*>(galloc_malloc(bytes));
   if (copy == nullptr) return nullptr;
   galloc_memcpy(copy, planes[0], bytes);

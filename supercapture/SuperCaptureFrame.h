@@ -32,13 +32,13 @@ class OV_EXPORT SuperCaptureFrame : public RefBase {
   unsigned char* planes[4];
 };
 
-namespace supercapture {
+namespace orvan::supercapture {
 // Frame format 1: two bytes per pixel in plane 0.
 constexpr unsigned int kFormatPacked = 1;
 
 // True when the frame (W x H x 2 bytes) and the merge accumulator
 // (W x H x 8 bytes) can both be sized with 32-bit counts.
 constexpr bool sizeFits(unsigned int width, unsigned int height) {
-  return sizerule::uintCount(width, height, 8) >= 0;
+  return orvan::sizerule::uintCount(width, height, 8) >= 0;
 }
-}  // namespace supercapture
+}  // namespace orvan::supercapture

@@ -25,13 +25,13 @@ class OV_EXPORT SuperCaptureLowLightScheme : public RefBase {
   virtual void release();
 
   unsigned int getCount() const { return m_Count; }
-  const int32_t* getAccumulator() const { return accumulator; }
+  const int32_t* getAccumulator() const { return m_Accumulator; }
 
  private:
-  int32_t* accumulator;
+  int32_t* m_Accumulator;
   unsigned int m_Count;
-  unsigned int width;
-  unsigned int height;
+  unsigned int m_Width;
+  unsigned int m_Height;
 };
 
 // Merges a burst by the per-byte mean (truncated): the scheme for bright
@@ -51,11 +51,11 @@ class OV_EXPORT SuperCaptureHighLightScheme : public RefBase {
   virtual void release();
 
   unsigned int getCount() const { return m_Count; }
-  const int32_t* getAccumulator() const { return accumulator; }
+  const int32_t* getAccumulator() const { return m_Accumulator; }
 
  private:
-  int32_t* accumulator;
+  int32_t* m_Accumulator;
   unsigned int m_Count;
-  unsigned int width;
-  unsigned int height;
+  unsigned int m_Width;
+  unsigned int m_Height;
 };

@@ -78,7 +78,7 @@ const unsigned char k16_9_hyphen[] = {
 
 }  // namespace
 
-namespace watermark {
+namespace orvan::watermark {
 
 // Sizes must match the bitmaps; the static_asserts below tie them together.
 const Symbol kTimestampSymbols[2 * kSymbolsPerSet] = {
@@ -118,4 +118,4 @@ static_assert(sizeof(k16_9_digit9) == 66 * 108);
 static_assert(sizeof(k16_9_colon) == 42 * 108);
 static_assert(sizeof(k16_9_hyphen) == 42 * 108);
 
-}  // namespace watermark
+}  // namespace orvan::watermark

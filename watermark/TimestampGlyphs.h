@@ -2,10 +2,10 @@
 
 #include "watermark/TimestampWatermark.h"
 
-namespace watermark {
+namespace orvan::watermark {
 
 // Both sets, 13 records each ("0".."9", ":", "-", " "), set 4:3 first.
 constexpr int kSymbolsPerSet = 13;
 extern const Symbol kTimestampSymbols[2 * kSymbolsPerSet];
 
-}  // namespace watermark
+}  // namespace orvan::watermark

@@ -10,8 +10,8 @@
 
 namespace {
 
-using watermark::kSymbolsPerSet;
-using watermark::kTimestampSymbols;
+using orvan::watermark::kSymbolsPerSet;
+using orvan::watermark::kTimestampSymbols;
 
 // The glyphs are drawn for one sensor resolution per aspect ratio; a photo is
 // scaled by its size relative to that reference.
@@ -60,11 +60,11 @@ void CreateTimestampWatermark(const char* text, unsigned char** out, int* outWid
     if (sym == nullptr) return;
     width += sym->width;
     if (sym->height > height) height = sym->height;
-    if (width > sizerule::kIntLimit) return;  // stops long before the sum could overflow
+    if (width > orvan::sizerule::kIntLimit) return;  // stops long before the sum could overflow
   }
   if (width & 1) ++width;  // YUYV stores pixels in pairs
   // The width is reported in an int and so is every count of the image.
-  const int64_t bytes = sizerule::intCount(width, height);
+  const int64_t bytes = orvan::sizerule::intCount(width, height);
   if (bytes <= 0) return;
 
   auto* coverage = static_cast<unsigned char*>(galloc_malloc(static_cast<unsigned int>(bytes)));
@@ -93,7 +93,7 @@ void CreateTimestampWatermark(const char* text, unsigned char** out, int* outWid
 
 int DrawSymbol(unsigned char* dst, int dstWidth, int dstHeight, Symbol* sym, int x, int y, int w, int h) {
   if (dst == nullptr || sym == nullptr || sym->bitmap == nullptr || dstWidth < 1 || dstHeight < 1) return 0;
-  if (sizerule::intCount(dstWidth, dstHeight) < 0) return 0;
+  if (orvan::sizerule::intCount(dstWidth, dstHeight) < 0) return 0;
   const int64_t x0 = x > 0 ? x : 0;
   const int64_t y0 = y > 0 ? y : 0;
   const int64_t x1 = static_cast<int64_t>(x) + w < dstWidth ? static_cast<int64_t>(x) + w : dstWidth;
@@ -116,7 +116,7 @@ int DrawSymbol(unsigned char* dst, int dstWidth, int dstHeight, Symbol* sym, int
 
 int make_photo_timestamp_watermark_to_yuyv(unsigned char* yuyv, int width, int height, const char* text) {
   if (yuyv == nullptr || text == nullptr || width < 1 || height < 1) return 0;
-  if (sizerule::intCount(width, height, 2) < 0) return 0;
+  if (orvan::sizerule::intCount(width, height, 2) < 0) return 0;
 
   const int64_t longSide = width > height ? width : height;
   const int64_t shortSide = width > height ? height : width;
@@ -139,7 +139,7 @@ int make_photo_timestamp_watermark_to_yuyv(unsigned char* yuyv, int width, int h
 
   // The RGB stamp, the largest buffer, goes through the int-sized converter.
   const int64_t pixels = sw * sh;
-  if (sizerule::intCount(sw, sh, 3) < 0) {
+  if (orvan::sizerule::intCount(sw, sh, 3) < 0) {
     galloc_free(wm);
     return 0;
   }

@@ -14,8 +14,8 @@
 #include "imgproc/StackBlurTables.h"
 #include "supercapture/MergeKernels.h"
 
-using namespace convert_row;
-using namespace supercapture;
+using namespace orvan::convert_row;
+using namespace orvan::supercapture;
 
 namespace {
 

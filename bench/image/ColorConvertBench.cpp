@@ -14,12 +14,12 @@
 #include "image/ConvertRows.h"
 
 #if OV_BENCH_SHUFFLE_BUILD
-namespace convert_row_shuffles {
+namespace orvan::convert_row_shuffles {
 int NVQuadToRGBRow_Portable(const uint8_t* y, const uint8_t* chroma, uint8_t* rgb, int quads, int uOffset);
 int Packed422ToRGBRow_Portable(const uint8_t* src, uint8_t* rgb, int pairs, int uOffset);
 int RGBToNVBlockRow_Portable(const uint8_t* rgb0, const uint8_t* rgb1, uint8_t* y0, uint8_t* y1,
                              uint8_t* chroma, int blocks, int uOffset);
-}  // namespace convert_row_shuffles
+}  // namespace orvan::convert_row_shuffles
 #endif
 
 namespace {
@@ -88,7 +88,8 @@ void BM_OursC_nv212rgb(benchmark::State& state) {
   Frame& f = frame(state.range(0), state.range(1));
   const size_t n = static_cast<size_t>(f.w) * f.h;
   for (auto _ : state) {
-    convert_row::NVQuadToRGBRow_C(f.nv21.data(), f.nv21.data() + n, f.out.data(), static_cast<int>(n / 4), 1);
+    orvan::convert_row::NVQuadToRGBRow_C(f.nv21.data(), f.nv21.data() + n, f.out.data(),
+                                         static_cast<int>(n / 4), 1);
     benchmark::ClobberMemory();
   }
   setPixels(state, f);
@@ -101,7 +102,7 @@ void BM_OursC_rgb2nv21(benchmark::State& state) {
     for (int row = 0; row + 1 < f.h; row += 2, chroma += f.w) {
       const uint8_t* src = f.rgb.data() + static_cast<size_t>(3 * f.w) * row;
       uint8_t* luma = f.out.data() + static_cast<size_t>(f.w) * row;
-      convert_row::RGBToNVBlockRow_C(src, src + 3 * f.w, luma, luma + f.w, chroma, f.w / 2, 1);
+      orvan::convert_row::RGBToNVBlockRow_C(src, src + 3 * f.w, luma, luma + f.w, chroma, f.w / 2, 1);
     }
     benchmark::ClobberMemory();
   }
@@ -111,7 +112,7 @@ void BM_OursC_yuyv2rgb(benchmark::State& state) {
   Frame& f = frame(state.range(0), state.range(1));
   const int pairs = f.w * f.h / 2;
   for (auto _ : state) {
-    convert_row::Packed422ToRGBRow_C(f.yuyv.data(), f.out.data(), pairs, 1, 3);
+    orvan::convert_row::Packed422ToRGBRow_C(f.yuyv.data(), f.out.data(), pairs, 1, 3);
     benchmark::ClobberMemory();
   }
   setPixels(state, f);
@@ -128,7 +129,8 @@ void BM_OursPortable_nv212rgb(benchmark::State& state) {
   for (auto _ : state) {
     const uint8_t *y = f.nv21.data(), *vu = f.nv21.data() + n;
     const int done = Kernel(y, vu, f.out.data(), quads, 1);
-    convert_row::NVQuadToRGBRow_C(y + 4 * done, vu + 2 * done, f.out.data() + 12 * done, quads - done, 1);
+    orvan::convert_row::NVQuadToRGBRow_C(y + 4 * done, vu + 2 * done, f.out.data() + 12 * done, quads - done,
+                                         1);
     benchmark::ClobberMemory();
   }
   setPixels(state, f);
@@ -144,8 +146,8 @@ void BM_OursPortable_rgb2nv21(benchmark::State& state) {
       const uint8_t* src = f.rgb.data() + static_cast<size_t>(3 * f.w) * row;
       uint8_t* luma = f.out.data() + static_cast<size_t>(f.w) * row;
       const int done = Kernel(src, src + 3 * f.w, luma, luma + f.w, chroma, blocks, 1);
-      convert_row::RGBToNVBlockRow_C(src + 6 * done, src + 3 * f.w + 6 * done, luma + 2 * done,
-                                     luma + f.w + 2 * done, chroma + 2 * done, blocks - done, 1);
+      orvan::convert_row::RGBToNVBlockRow_C(src + 6 * done, src + 3 * f.w + 6 * done, luma + 2 * done,
+                                            luma + f.w + 2 * done, chroma + 2 * done, blocks - done, 1);
     }
     benchmark::ClobberMemory();
   }
@@ -157,7 +159,8 @@ void BM_OursPortable_yuyv2rgb(benchmark::State& state) {
   const int pairs = f.w * f.h / 2;
   for (auto _ : state) {
     const int done = Kernel(f.yuyv.data(), f.out.data(), pairs, 1);
-    convert_row::Packed422ToRGBRow_C(f.yuyv.data() + 4 * done, f.out.data() + 6 * done, pairs - done, 1, 3);
+    orvan::convert_row::Packed422ToRGBRow_C(f.yuyv.data() + 4 * done, f.out.data() + 6 * done, pairs - done,
+                                            1, 3);
     benchmark::ClobberMemory();
   }
   setPixels(state, f);
@@ -258,26 +261,26 @@ void BM_Libyuv_NV21ToI420_as_YV12(benchmark::State& state) {
 
 #define SIZES ->Args({1920, 1080})->Args({4000, 3000})->Unit(benchmark::kMillisecond)->UseRealTime()
 BENCHMARK(BM_Ours_nv212rgb) SIZES;
-BENCHMARK_TEMPLATE(BM_OursPortable_nv212rgb, convert_row::NVQuadToRGBRow_Portable) SIZES;
+BENCHMARK_TEMPLATE(BM_OursPortable_nv212rgb, orvan::convert_row::NVQuadToRGBRow_Portable) SIZES;
 #if OV_BENCH_SHUFFLE_BUILD
-BENCHMARK_TEMPLATE(BM_OursPortable_nv212rgb, convert_row_shuffles::NVQuadToRGBRow_Portable) SIZES;
+BENCHMARK_TEMPLATE(BM_OursPortable_nv212rgb, orvan::convert_row_shuffles::NVQuadToRGBRow_Portable) SIZES;
 #endif
 BENCHMARK(BM_OursC_nv212rgb) SIZES;
 BENCHMARK(BM_Libyuv_NV21ToRGB24) SIZES;
 BENCHMARK(BM_OpenCV_YUV2RGB_NV21) SIZES;
 BENCHMARK(BM_Ours_rgb2nv21) SIZES;
-BENCHMARK_TEMPLATE(BM_OursPortable_rgb2nv21, convert_row::RGBToNVBlockRow_Portable) SIZES;
+BENCHMARK_TEMPLATE(BM_OursPortable_rgb2nv21, orvan::convert_row::RGBToNVBlockRow_Portable) SIZES;
 #if OV_BENCH_SHUFFLE_BUILD
-BENCHMARK_TEMPLATE(BM_OursPortable_rgb2nv21, convert_row_shuffles::RGBToNVBlockRow_Portable) SIZES;
+BENCHMARK_TEMPLATE(BM_OursPortable_rgb2nv21, orvan::convert_row_shuffles::RGBToNVBlockRow_Portable) SIZES;
 #endif
 BENCHMARK(BM_OursC_rgb2nv21) SIZES;
 BENCHMARK(BM_Libyuv_RAWToJNV21) SIZES;
 BENCHMARK(BM_Libyuv_RAWToI420) SIZES;
 BENCHMARK(BM_OpenCV_RGB2YUV_YV12) SIZES;
 BENCHMARK(BM_Ours_yuyv2rgb) SIZES;
-BENCHMARK_TEMPLATE(BM_OursPortable_yuyv2rgb, convert_row::Packed422ToRGBRow_Portable) SIZES;
+BENCHMARK_TEMPLATE(BM_OursPortable_yuyv2rgb, orvan::convert_row::Packed422ToRGBRow_Portable) SIZES;
 #if OV_BENCH_SHUFFLE_BUILD
-BENCHMARK_TEMPLATE(BM_OursPortable_yuyv2rgb, convert_row_shuffles::Packed422ToRGBRow_Portable) SIZES;
+BENCHMARK_TEMPLATE(BM_OursPortable_yuyv2rgb, orvan::convert_row_shuffles::Packed422ToRGBRow_Portable) SIZES;
 #endif
 BENCHMARK(BM_OursC_yuyv2rgb) SIZES;
 BENCHMARK(BM_Libyuv_YUY2ToARGB) SIZES;

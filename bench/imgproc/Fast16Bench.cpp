@@ -58,9 +58,10 @@ void run(benchmark::State& state, Detect detect) {
   state.SetItemsProcessed(state.iterations() * p.w * p.h);
 }
 
-int ours(const Picture& p, int t, bool nms, fast16_row::RowKernel kernel) {
+int ours(const Picture& p, int t, bool nms, orvan::fast16_row::RowKernel kernel) {
   static std::vector<Fast16Corner> out(1 << 22);
-  return kernel ? fast16_row::detect(kernel, p.px.data(), p.w, p.h, p.w, t, nms, out.data(), int(out.size()))
+  return kernel ? orvan::fast16_row::detect(kernel, p.px.data(), p.w, p.h, p.w, t, nms, out.data(),
+                                            int(out.size()))
                 : fast16(p.px.data(), p.w, p.h, p.w, t, nms, out.data(), int(out.size()));
 }
 
@@ -80,10 +81,10 @@ void BM_CvFast(benchmark::State& state) {
 
 template <int Which>
 void BM_Fast16Kernel(benchmark::State& state) {
-  fast16_row::RowKernel k = fast16_row::ScoreRow_C;
+  orvan::fast16_row::RowKernel k = orvan::fast16_row::ScoreRow_C;
 #if OV_HAVE_FAST16_X86
-  if (Which == 1) k = __builtin_cpu_supports("ssse3") ? fast16_row::ScoreRow_SSSE3 : nullptr;
-  if (Which == 2) k = __builtin_cpu_supports("avx2") ? fast16_row::ScoreRow_AVX2 : nullptr;
+  if (Which == 1) k = __builtin_cpu_supports("ssse3") ? orvan::fast16_row::ScoreRow_SSSE3 : nullptr;
+  if (Which == 2) k = __builtin_cpu_supports("avx2") ? orvan::fast16_row::ScoreRow_AVX2 : nullptr;
 #else
   if (Which != 0) k = nullptr;
 #endif

@@ -6,17 +6,17 @@
 #include "core/SizeRule.h"
 
 namespace {
-using sizerule::intCount;
-using sizerule::uintCount;
+using orvan::sizerule::intCount;
+using orvan::sizerule::uintCount;
 
 // Each limit and one beyond; products past 2^64 (2^65 wraps to 0); negatives.
 static_assert(intCount(46340, 46340) == 2147395600 && intCount(46341, 46341) == -1);
 static_assert(uintCount(65536, 65535) == 4294901760LL && uintCount(65536, 65536) == -1);
 static_assert(uintCount(1u << 31, 1u << 31, 8) == -1 && uintCount(~0u, ~0u, ~0u, ~0u) == -1);
-static_assert(sizerule::countWithin(INT64_MAX, 1LL << 31, 1LL << 31, 3) == -1);
+static_assert(orvan::sizerule::countWithin(INT64_MAX, 1LL << 31, 1LL << 31, 3) == -1);
 static_assert(intCount(INT_MIN, INT_MIN) == -1 && intCount(-1, 0) == -1 &&
               intCount(0, INT_MAX, INT_MAX) == 0);
-static_assert(uintCount(~0ull, 1) == -1 && !sizerule::fitsInt(int64_t{INT_MAX} + 1));
+static_assert(uintCount(~0ull, 1) == -1 && !orvan::sizerule::fitsInt(int64_t{INT_MAX} + 1));
 
 // The codec adapters are interface; the tag reader is not.
 TEST(Exports, JpegAdaptersAreExportedAndTheTagReaderIsNot) {

@@ -35,7 +35,7 @@ auto_ptr<Image> frame(int format, const Bytes& p0, const Bytes& p1 = {}, const B
 // Entries 0 and 255 worked out by hand; every entry is c * (i - offset)
 // truncated toward zero (within one of the real product, on the zero side).
 TEST(ColorTables, AllThirteenFollowTheTruncationRule) {
-  using namespace colortables;
+  using namespace orvan::colortables;
   const struct {
     const Table& table;
     double c;

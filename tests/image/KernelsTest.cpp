@@ -12,7 +12,7 @@
 #include "image/ColorConvert.h"
 #include "image/ConvertRows.h"
 
-using namespace convert_row;
+using namespace orvan::convert_row;
 
 #if OV_TEST_SHUFFLE_BUILD
 KernelBuild shuffleBuild();

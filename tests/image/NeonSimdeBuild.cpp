@@ -8,7 +8,7 @@
 #include "KernelBuilds.h"
 
 KernelBuild neonSimdeBuild() {
-  using namespace convert_row_neon;
+  using namespace orvan::convert_row_neon;
   return {"NEON via SIMDe",        &NVQuadToRGBRow_NEON,  &I420QuadToRGBRow_NEON, &Packed422ToRGBRow_NEON,
           &RGBToPacked422Row_NEON, &RGBToNVBlockRow_NEON, &SplitPairsRow_NEON};
 }

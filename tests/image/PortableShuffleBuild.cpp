@@ -8,10 +8,10 @@
 
 KernelBuild shuffleBuild() {
   return {"byte-shuffle build",
-          &convert_row_shuffles::NVQuadToRGBRow_Portable,
+          &orvan::convert_row_shuffles::NVQuadToRGBRow_Portable,
           nullptr,
-          &convert_row_shuffles::Packed422ToRGBRow_Portable,
+          &orvan::convert_row_shuffles::Packed422ToRGBRow_Portable,
           nullptr,
-          &convert_row_shuffles::RGBToNVBlockRow_Portable,
+          &orvan::convert_row_shuffles::RGBToNVBlockRow_Portable,
           nullptr};
 }

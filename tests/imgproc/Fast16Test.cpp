@@ -62,10 +62,10 @@ std::vector<Gray> images() {
 
 using Corners = std::vector<std::tuple<int, int, int>>;  // (y, x, score)
 
-Corners ours(const Gray& g, int t, bool nms, fast16_row::RowKernel kernel = nullptr) {
+Corners ours(const Gray& g, int t, bool nms, orvan::fast16_row::RowKernel kernel = nullptr) {
   std::vector<Fast16Corner> out(size_t(g.w) * g.h);
-  const int n = kernel ? fast16_row::detect(kernel, g.px.data(), g.w, g.h, g.stride, t, nms, out.data(),
-                                            int(out.size()))
+  const int n = kernel ? orvan::fast16_row::detect(kernel, g.px.data(), g.w, g.h, g.stride, t, nms,
+                                                   out.data(), int(out.size()))
                        : fast16(g.px.data(), g.w, g.h, g.stride, t, nms, out.data(), int(out.size()));
   EXPECT_GE(n, 0);
   Corners c;
@@ -151,13 +151,13 @@ TEST(Fast16, MatchesOpenCV) {
 #endif
 
 TEST(Fast16, SimdKernelsMatchTheCReference) {
-  std::vector<std::pair<const char*, fast16_row::RowKernel>> kernels;
+  std::vector<std::pair<const char*, orvan::fast16_row::RowKernel>> kernels;
 #if OV_HAVE_FAST16_X86
-  if (__builtin_cpu_supports("ssse3")) kernels.emplace_back("SSSE3", fast16_row::ScoreRow_SSSE3);
-  if (__builtin_cpu_supports("avx2")) kernels.emplace_back("AVX2", fast16_row::ScoreRow_AVX2);
+  if (__builtin_cpu_supports("ssse3")) kernels.emplace_back("SSSE3", orvan::fast16_row::ScoreRow_SSSE3);
+  if (__builtin_cpu_supports("avx2")) kernels.emplace_back("AVX2", orvan::fast16_row::ScoreRow_AVX2);
 #endif
 #if OV_HAVE_FAST16_NEON
-  kernels.emplace_back("NEON", fast16_row::ScoreRow_NEON);
+  kernels.emplace_back("NEON", orvan::fast16_row::ScoreRow_NEON);
 #endif
   ASSERT_FALSE(kernels.empty());
   std::vector<Gray> all = images();
@@ -166,7 +166,7 @@ TEST(Fast16, SimdKernelsMatchTheCReference) {
   for (const Gray& g : all)
     for (int t : {0, 1, 7, 30, 90, 254, 255})
       for (bool nms : {false, true}) {
-        const Corners want = ours(g, t, nms, fast16_row::ScoreRow_C);
+        const Corners want = ours(g, t, nms, orvan::fast16_row::ScoreRow_C);
         for (auto [name, k] : kernels)
           EXPECT_EQ(ours(g, t, nms, k), want) << name << " " << g.name << " t=" << t;
       }

@@ -12,7 +12,7 @@
 #include "MergeBuilds.h"
 #include "supercapture/MergeKernels.h"
 
-using namespace supercapture;
+using namespace orvan::supercapture;
 
 #if OV_TEST_NEON_SIMDE_BUILD
 MergeBuild neonSimdeMergeBuild();

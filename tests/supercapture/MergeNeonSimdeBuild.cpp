@@ -8,7 +8,7 @@
 #include "MergeBuilds.h"
 
 MergeBuild neonSimdeMergeBuild() {
-  using namespace supercapture_neon;
+  using namespace orvan::supercapture_neon;
   return {"NEON via SIMDe", &mergeMax_NEON,      &mergeCopy_NEON,
           &mergeAdd_NEON,   &resultLowBits_NEON, &resultMean_NEON};
 }
