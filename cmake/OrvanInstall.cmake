@@ -24,7 +24,8 @@ install(FILES ${PROJECT_BINARY_DIR}/OrvanCameraConfig.cmake ${PROJECT_BINARY_DIR
 # The module locates its prefix from its own folder, so an installed tree can
 # be moved (and `cmake --install --prefix` chosen late).
 file(RELATIVE_PATH OV_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
-list(TRANSFORM JNI_INCLUDE_DIRS PREPEND -I OUTPUT_VARIABLE OV_PC_JNI_CFLAGS)
+string(REGEX REPLACE "/$" "" OV_PC_TO_PREFIX ${OV_PC_TO_PREFIX})
+list(TRANSFORM OV_JNI_INCLUDE_DIRS PREPEND -I OUTPUT_VARIABLE OV_PC_JNI_CFLAGS)
 list(JOIN OV_PC_JNI_CFLAGS " " OV_PC_JNI_CFLAGS)
 configure_file(cmake/orvan-camera.pc.in ${PROJECT_BINARY_DIR}/orvan-camera.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/orvan-camera.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT devel)
