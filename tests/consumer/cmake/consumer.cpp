@@ -42,7 +42,8 @@ int main() {
   // Frames still queued when the burst closes are not merged: wait for the worker.
   auto* capture = reinterpret_cast<SuperCapture*>(handle);
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-  while (capture->getQueuedCount() != 0 && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
+  while (capture->getQueuedCount() != 0 && std::chrono::steady_clock::now() < deadline)
+    std::this_thread::yield();
   unsigned char merged[4] = {};
   unsigned char* planes[4] = {merged, nullptr, nullptr, nullptr};
   if (super_capture_module_pop_frame(handle, planes) != 0) ++failures;

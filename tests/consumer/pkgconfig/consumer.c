@@ -1,13 +1,12 @@
 /* The installed library from plain C through pkg-config: a merged burst and a
    colour conversion, checked against bytes worked out by hand. */
 #include <android/log.h>
+#include <orvan/orvan.h>
 #include <sched.h>
 #include <stdatomic.h>
 #include <stdio.h>
 #include <string.h>
 #include <time.h>
-
-#include <orvan/orvan.h>
 
 static int failures = 0;
 static atomic_int framesTaken;
