@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Installs a build tree into a fresh prefix and builds and runs a program
 # against it from outside the source tree, as a user would: "cmake" through
-# find_package(OrvanCamera), "pkgconfig" in plain C through pkg-config.
-# Usage: run.sh cmake|pkgconfig BUILD_DIR WORK_DIR [LOG_INCLUDE_DIR LOG_LIBRARY]
+# find_package(OrvanCamera), "pkgconfig" in plain C through pkg-config, "java"
+# with the installed jars.
+# Usage: run.sh cmake|pkgconfig|java BUILD_DIR WORK_DIR [LOG_INCLUDE_DIR LOG_LIBRARY | JAVA]
 # (liblog only lets the C program watch the worker).
 set -euo pipefail
 mode=$1 build=$2 work=$3
@@ -33,5 +34,9 @@ pkgconfig)
     -Wl,-rpath,"$libdir" -Wl,-rpath,"$(dirname "$log_library")"
   "$work/c-consumer"
   ;;
-*) echo "usage: $0 cmake|pkgconfig BUILD_DIR WORK_DIR [LOG_INCLUDE_DIR LOG_LIBRARY]" >&2; exit 2 ;;
+java)
+  jars=$prefix/share/java/orvan-media.jar:$prefix/share/java/android-host.jar
+  "$4" -Djava.library.path="$libdir" -Xcheck:jni -cp "$jars" "$here/java/Consumer.java"
+  ;;
+*) echo "usage: $0 cmake|pkgconfig|java BUILD_DIR WORK_DIR [LOG_INCLUDE_DIR LOG_LIBRARY | JAVA]" >&2; exit 2 ;;
 esac
