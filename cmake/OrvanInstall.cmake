@@ -9,7 +9,7 @@ install(TARGETS cam.common.orvan EXPORT OrvanCameraTargets
 # The host stand-ins of libandroid and libjnigraphics go beside it, in a folder
 # of their own so that they shadow nothing.
 if(NOT ANDROID)
-  install(TARGETS android jnigraphics EXPORT OrvanCameraTargets
+  install(TARGETS android jnigraphics
           LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/orvan COMPONENT runtime)
 endif()
 install(EXPORT OrvanCameraTargets NAMESPACE orvan:: DESTINATION ${OV_CMAKE_DIR} COMPONENT devel)
