@@ -6,7 +6,7 @@ JOBS ?= $(shell nproc)
 # refuses the connections of parallel tests that arrive meanwhile.
 XVFB := xvfb-run -a -s "-screen 0 1280x1024x24 -noreset"
 
-.PHONY: all deps build demo test test-default test-asan test-tsan test-arm bench format clean
+.PHONY: all deps build install demo test test-default test-asan test-tsan test-arm bench format clean
 
 all: build
 
@@ -16,6 +16,11 @@ deps:
 build: deps
 	cmake --preset default >/dev/null
 	cmake --build --preset default -j $(JOBS)
+
+# The library, public headers, CMake package, pkg-config module and jars.
+PREFIX ?= /usr/local
+install: build
+	cmake --install build --prefix $(PREFIX)
 
 demo: build
 	$(XVFB) scripts/demo.sh build demo-out

@@ -20,7 +20,7 @@ namespace {
 const void* exported(const char* member, size_t* size) {
   const std::string name =
       std::string("_ZN7android21OrvanCameraParameters") + std::to_string(strlen(member)) + member + "E";
-  void* lib = dlopen("libcam.common.orvan.so", RTLD_LAZY | RTLD_NOLOAD);
+  void* lib = dlopen(OV_LIBRARY_SONAME, RTLD_LAZY | RTLD_NOLOAD);
   void* addr = lib ? dlsym(lib, name.c_str()) : nullptr;
   if (lib) dlclose(lib);
   Dl_info info;

@@ -20,7 +20,7 @@ static_assert(uintCount(~0ull, 1) == -1 && !orvan::sizerule::fitsInt(int64_t{INT
 
 // The codec adapters are interface; the tag reader is not.
 TEST(Exports, JpegAdaptersAreExportedAndTheTagReaderIsNot) {
-  void* lib = dlopen("libcam.common.orvan.so", RTLD_NOW | RTLD_NOLOAD);
+  void* lib = dlopen(OV_LIBRARY_SONAME, RTLD_NOW | RTLD_NOLOAD);
   ASSERT_NE(lib, nullptr);
   for (const char* name :
        {"_Z21jpeg_utils_error_exitP18jpeg_common_struct", "_ZN21jpeg_utils_source_mgrC1EP6Stream",
