@@ -12,6 +12,8 @@ if(NOT ANDROID)
   install(TARGETS android jnigraphics
           LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/orvan COMPONENT runtime)
 endif()
+# The C interface header, for C and C++ consumers alike.
+install(FILES include/orvan/orvan.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orvan COMPONENT devel)
 install(EXPORT OrvanCameraTargets NAMESPACE orvan:: DESTINATION ${OV_CMAKE_DIR} COMPONENT devel)
 
 configure_package_config_file(cmake/OrvanCameraConfig.cmake.in

@@ -1,8 +1,4 @@
 #pragma once
 
-#include "core/Export.h"
-
-// Full-barrier read-modify-write on a 32-bit word; each returns the new value.
-OV_CAPI int atomic_inc32(void* p);
-OV_CAPI int atomic_dec32(void* p);
-OV_CAPI int atomic_add32(void* p, unsigned int v);
+// The 32-bit atomics: part of the C interface, declared in orvan/orvan.h.
+#include "orvan/orvan.h"

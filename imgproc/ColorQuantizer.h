@@ -70,9 +70,5 @@ class OV_EXPORT ColorQuantizer {
   bool mPrepared;              // moments match the histogram
 };
 
-// One-shot form: quantizes a picture to at most maxColors colours, writes the
-// palette (3 bytes per entry) and, when indices is not null, the palette index
-// of every pixel. Returns the number of palette entries, or -1 (refusals as
-// above, or no memory).
-OV_CAPI int color_quantize(const unsigned char* pixels, int width, int height, int channels, int maxColors,
-                           unsigned char* palette, unsigned char* indices);
+// color_quantize, the one-shot C form, is declared in orvan/orvan.h.
+#include "orvan/orvan.h"

@@ -55,7 +55,5 @@ class OV_EXPORT SuperCaptureMode : public RefBase {
   int m_LastLevel = 0;
 };
 
-// Calls obj.onResultCallback(value, level) ("(FI)V"); logs and returns when
-// env, obj, the class or the method is missing (a failed look-up leaves no Java
-// exception behind).
-OV_CAPI void onResultCallback(JNIEnv* env, jobject obj, float value, int level);
+// onResultCallback is declared in orvan/orvan.h.
+#include "orvan/orvan.h"

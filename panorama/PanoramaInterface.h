@@ -23,5 +23,5 @@ class OV_EXPORT PanoramaInterface : public RefBase {
   PanoramaModule mModule;
 };
 
-// The error callback handed to startup; the module never calls it.
-OV_CAPI void PanoramaModuleOnErrorCallback(int error);
+// PanoramaModuleOnErrorCallback is declared in orvan/orvan.h.
+#include "orvan/orvan.h"

@@ -70,9 +70,5 @@ class OV_EXPORT SuperCapture : public Thread {
   bool mWorkerStarted;
 };
 
-// Flat interface for the native camera stack. The handle is the pipeline's
-// address (0 = none).
-OV_CAPI intptr_t super_capture_module_init(int width, int height, int format);
-OV_CAPI int super_capture_module_push_frame(intptr_t handle, unsigned char** planes);
-OV_CAPI int super_capture_module_pop_frame(intptr_t handle, unsigned char** planes);
-OV_CAPI void super_capture_module_destroy(intptr_t handle);
+// The flat interface (super_capture_module_*) is declared in orvan/orvan.h.
+#include "orvan/orvan.h"
