@@ -6,6 +6,7 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 build=${1:-$root/build}
 out=${2:-$root/demo-out}
 mkdir -p "$out"
+rm -f "$out/gallery.tsv"
 export OV_SAMPLES="$root/samples"
 
 shopt -s nullglob
@@ -18,5 +19,4 @@ for script in "$root"/demo/*/run-*.sh; do
   echo "== $(basename "$script")"
   bash "$script" "$build" "$out"
 done
-echo "Demo pictures written to $out:"
-ls -1 "$out"
+"$build/bin/make-gallery" "$out"

@@ -14,6 +14,7 @@ base=(
   android-liblog-dev
   libjpeg62-turbo-dev
   libimagequant-dev
+  libpng-dev
   openjdk-17-jdk-headless junit5
   libegl-dev libgles-dev libegl-mesa0 libgl1-mesa-dri libx11-dev libxcomposite-dev
   xvfb xauth x11-apps

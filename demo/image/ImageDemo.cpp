@@ -25,10 +25,12 @@ int fail(const std::string& what) {
   return 1;
 }
 
-bool png(const std::string& path, const Image* image, int channels) {
+bool png(const std::string& path, const Image* image, int channels, const char* entryPoint,
+         const char* text) {
   const bool ok = demo::writePng(path, image->planes[0], static_cast<int>(image->width),
                                  static_cast<int>(image->height), channels);
   if (ok) printf("wrote %s\n", path.c_str());
+  demo::caption(path, "Images and codecs", entryPoint, text);
   return ok;
 }
 
@@ -60,10 +62,18 @@ int main(int argc, char** argv) {
                                                                              Image::IMAGE_FORMAT_RGB));
   if (back == nullptr || backYuyv == nullptr) return fail("conversion back to RGB failed");
 
-  bool ok = png(out + "/image-original.png", photo.get(), 3);
-  ok = png(out + "/image-nv21-luma.png", nv21.get(), 1) && ok;
-  ok = png(out + "/image-via-nv21.png", back.get(), 3) && ok;
-  ok = png(out + "/image-via-yuyv.png", backYuyv.get(), 3) && ok;
+  const std::string size = std::to_string(photo->width) + " x " + std::to_string(photo->height);
+  bool ok = png(out + "/image-original.png", photo.get(), 3, "ImageDecoderFactory, JpegDecoder::decode",
+                ("samples/coffee.jpg decoded from a file stream, " + size + " RGB.").c_str());
+  ok = png(out + "/image-nv21-luma.png", nv21.get(), 1, "ColorConvert::convert (RGB to NV21)",
+           "The luma plane of the photograph converted to NV21 (BT.601 studio swing).") &&
+       ok;
+  ok = png(out + "/image-via-nv21.png", back.get(), 3, "ColorConvert::convert (NV21 to RGB)",
+           "Round trip RGB, NV21, RGB: chroma averaged over 2 x 2 blocks.") &&
+       ok;
+  ok = png(out + "/image-via-yuyv.png", backYuyv.get(), 3, "ColorConvert::convert (YUYV to RGB)",
+           "Round trip RGB, YUYV, RGB: chroma shared by pixel pairs.") &&
+       ok;
 
   const std::string jpeg = out + "/image-reencoded.jpg";
   auto_ptr<Stream> file(new FileStream(jpeg.c_str(), FileStream::FILE_MODE_WRITE));
@@ -72,5 +82,7 @@ int main(int argc, char** argv) {
   if (encoder == nullptr || encoder->encode(file, back, 90) != 1) return fail("cannot encode " + jpeg);
   file->close();
   printf("wrote %s\n", jpeg.c_str());
+  demo::caption(jpeg, "Images and codecs", "ImageEncoderFactory, JpegEncoder::encode",
+                "The NV21 round trip encoded again as JPEG at quality 90 through a file stream.");
   return ok ? 0 : 1;
 }

@@ -35,6 +35,10 @@ bool fast16Demo(const std::string& dir, const std::vector<unsigned char>& rgb,
     ok &= demo::writePng(path, out.data(), w, h, 3);
     printf("FAST-16 at threshold %d, %s suppression: %d corners\n  %s\n", threshold, nms ? "with" : "without",
            n, path.c_str());
+    demo::caption(path, "CPU image processing", "fast16",
+                  "FAST-16 corners of the grey photograph at threshold " + std::to_string(threshold) + ", " +
+                      (nms ? "with" : "without") + " non-maximum suppression: " + std::to_string(n) +
+                      " corners.");
   }
   return ok;
 }

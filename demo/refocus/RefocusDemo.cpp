@@ -91,8 +91,12 @@ int main(int argc, char** argv) {
     for (int y = 0; y < photo.height; ++y)
       for (int x = 0; x < photo.width; ++x)
         preview[size_t(y) * photo.width + x] = frame[2 * (size_t(y * kScale) * w + x * kScale)];
-    demo::writePng(out + "/refocus_frame" + std::to_string(k) + ".png", preview.data(), photo.width,
-                   photo.height, 1);
+    const std::string path = out + "/refocus_frame" + std::to_string(k) + ".png";
+    demo::writePng(path, preview.data(), photo.width, photo.height, 1);
+    demo::caption(path, "Refocus", "RefocusModule_Process",
+                  "Focus sweep frame " + std::to_string(k) + " (position " + std::to_string(100 * (k + 1)) +
+                      "): each region of the photograph is sharp in one frame and blurred by its distance "
+                      "from it in the others.");
   }
 
   int size = 0;
@@ -115,7 +119,13 @@ int main(int argc, char** argv) {
   const std::vector<unsigned char> found = drawMap(photo, map);
   const std::vector<unsigned char> expected = drawMap(photo, truth);
   demo::writePng(out + "/refocus_map.png", found.data(), photo.width, photo.height, 3);
+  demo::caption(out + "/refocus_map.png", "Refocus", "RefocusModule_GetResultBuf",
+                "The sharpest frame of each cell of the " + std::to_string(cols) + " x " +
+                    std::to_string(rows) + " grid, as the result record names it; " + std::to_string(agree) +
+                    " of " + std::to_string(cols * rows) + " cells name their region's focus frame.");
   demo::writePng(out + "/refocus_truth.png", expected.data(), photo.width, photo.height, 3);
+  demo::caption(out + "/refocus_truth.png", "Refocus", "(the sweep's construction)",
+                "The frame in which each region was made sharp, for comparison with the map.");
   RefocusModule_Release(handle);
   return 0;
 }

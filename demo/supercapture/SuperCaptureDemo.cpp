@@ -77,8 +77,10 @@ double meanLuma(const Frame& f) {
   return sum / (kWidth * kHeight);
 }
 
-bool save(const std::string& path, const std::vector<uint8_t>& pixels, int w, int h) {
+bool save(const std::string& path, const std::vector<uint8_t>& pixels, int w, int h,
+          const std::string& text) {
   bool ok = demo::writePng(path, pixels.data(), w, h, 1);
+  demo::caption(path, "Burst capture", "super_capture_module_init, _push_frame, _pop_frame", text);
   std::printf("  %s %s\n", ok ? "wrote" : "FAILED", path.c_str());
   return ok;
 }
@@ -126,21 +128,26 @@ bool runBurst(const std::string& dir, const std::string& name, const std::vector
   }
   // The maximum merge lifts a dark scene (noise peaks survive); the mean
   // merge keeps the brightness and cuts the noise by about sqrt(10).
-  std::printf(
-      "%s burst: %s merge; mean luma %.1f -> %.1f; noise rms against the clean scene %.2f -> "
-      "%.2f\n",
-      name.c_str(), meanLuma(frames[0]) < 25 ? "maximum" : "mean", meanLuma(frames[0]), meanLuma(merged),
-      noiseRms(frames[0], s, gain, offset), noiseRms(merged, s, gain, offset));
-  bool ok =
-      save(dir + "/supercapture_" + name + "_inputs.png", contactSheet(frames, 1.0), 5 * kWidth / 2, kHeight);
-  ok &= save(dir + "/supercapture_" + name + "_input0.png", luma(frames[0]), kWidth, kHeight);
-  ok &= save(dir + "/supercapture_" + name + "_merged.png", luma(merged), kWidth, kHeight);
+  char figures[200];
+  std::snprintf(figures, sizeof figures,
+                "%s merge; mean luma %.1f -> %.1f; noise rms against the clean scene %.2f -> %.2f",
+                meanLuma(frames[0]) < 25 ? "maximum" : "mean", meanLuma(frames[0]), meanLuma(merged),
+                noiseRms(frames[0], s, gain, offset), noiseRms(merged, s, gain, offset));
+  std::printf("%s burst: %s\n", name.c_str(), figures);
+  const std::string burst = "The " + name + " burst of " + std::to_string(kFrames) + " noisy frames";
+  bool ok = save(dir + "/supercapture_" + name + "_inputs.png", contactSheet(frames, 1.0), 5 * kWidth / 2,
+                 kHeight, burst + " (luma, half size).");
+  ok &= save(dir + "/supercapture_" + name + "_input0.png", luma(frames[0]), kWidth, kHeight,
+             "The first frame of the " + name + " burst, as the camera gives it.");
+  ok &= save(dir + "/supercapture_" + name + "_merged.png", luma(merged), kWidth, kHeight,
+             burst + " merged: " + figures + ".");
   if (viewGain != 1.0) {
     // Dark pictures are hard to judge as they are: also write them brightened.
+    const std::string times = " brightened " + std::to_string(int(viewGain)) + " times for viewing.";
     ok &= save(dir + "/supercapture_" + name + "_input0_x" + std::to_string(int(viewGain)) + ".png",
-               luma(frames[0], viewGain), kWidth, kHeight);
+               luma(frames[0], viewGain), kWidth, kHeight, "The first " + name + " frame," + times);
     ok &= save(dir + "/supercapture_" + name + "_merged_x" + std::to_string(int(viewGain)) + ".png",
-               luma(merged, viewGain), kWidth, kHeight);
+               luma(merged, viewGain), kWidth, kHeight, "The " + name + " merge," + times);
   }
   return ok;
 }

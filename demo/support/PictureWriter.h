@@ -3,13 +3,17 @@
 #include <cstdint>
 #include <string>
 
-// Writes 8-bit pictures for people to look at: PNG (self-contained, stored
-// deflate blocks, no library needed) and PGM/PPM.
+// Pictures for people to look at, and the captions the gallery page shows
+// beside them.
 namespace demo {
 
-// channels: 1 gray, 3 RGB, 4 RGBA; rows tightly packed.
+// PNG through libpng. channels: 1 gray, 3 RGB, 4 RGBA; rows tightly packed.
 bool writePng(const std::string& path, const uint8_t* pixels, int width, int height, int channels);
-// channels: 1 (PGM) or 3 (PPM).
-bool writePnm(const std::string& path, const uint8_t* pixels, int width, int height, int channels);
+
+// Adds the picture at `path` to the gallery of its folder (gallery.tsv, read
+// by make-gallery): which subsystem made it, through which entry point, and
+// what it shows, figures included. Tabs and newlines in the texts become spaces.
+void caption(const std::string& path, const std::string& subsystem, const std::string& entryPoint,
+             const std::string& text);
 
 }  // namespace demo

@@ -442,9 +442,9 @@ OV_CAPI int make_photo_timestamp_watermark_to_yuyv(unsigned char* yuyv, int widt
 // are checked by their tag.
 
 #define RF_MODULE_TAG 0x110011u /* the allocator tag of a module record */
-#define RF_MAX_POSITIONS 20      /* positions kept in a module record */
-#define RF_WORK_SIDE 600         /* side of the reduced frame */
-#define RF_RECORD_MARK 0x1234u   /* first word of a result record */
+#define RF_MAX_POSITIONS 20     /* positions kept in a module record */
+#define RF_WORK_SIDE 600        /* side of the reduced frame */
+#define RF_RECORD_MARK 0x1234u  /* first word of a result record */
 
 // One added frame: its cell sums, row by row.
 typedef struct RFTarget {
@@ -456,8 +456,8 @@ typedef struct RFTarget {
 typedef RFTarget _RFTarget;
 // 16 bytes where pointers are 4 bytes wide.
 OV_STATIC_ASSERT(offsetof(RFTarget, data) == 8 && offsetof(RFTarget, next) == 8 + sizeof(void*) &&
-                  sizeof(RFTarget) == 8 + 2 * sizeof(void*),
-              "RFTarget layout");
+                     sizeof(RFTarget) == 8 + 2 * sizeof(void*),
+                 "RFTarget layout");
 
 // The record sits just behind its 4-byte tag, so on 64-bit targets it is only
 // 4-byte aligned: the packing makes every member access safe there (a no-op
@@ -484,9 +484,9 @@ typedef struct RFModule {
 #pragma pack(pop)
 // 26 ints, then the four pointers back to back: 120 bytes on 32-bit builds.
 OV_STATIC_ASSERT(offsetof(RFModule, positions) == 24 && offsetof(RFModule, targets) == 104 &&
-                  offsetof(RFModule, output) == 104 + 3 * sizeof(void*) &&
-                  sizeof(RFModule) == 104 + 4 * sizeof(void*),
-              "RFModule layout");
+                     offsetof(RFModule, output) == 104 + 3 * sizeof(void*) &&
+                     sizeof(RFModule) == 104 + 4 * sizeof(void*),
+                 "RFModule layout");
 
 // Flat interface over integer handles (the record's address; 0 on failure).
 OV_CAPI intptr_t RefocusModule_Initialize(int width, int height, int gridCols, int gridRows);

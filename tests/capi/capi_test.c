@@ -36,7 +36,8 @@ static void conversionAndFlatImages(void) {
   ov_getImageInfo(&image, &avg, &max, &min);
   CHECK(ov_getGrayAvg(&image) == 3 && avg == 3 && max == 6 && min == 1);
   ov_integral_image* sums = ov_createIntegralImage(&image);
-  CHECK(sums != NULL && sums->data[0] == 1 && sums->data[1] == 3 && sums->data[2] == 4 && sums->data[3] == 12);
+  CHECK(sums != NULL && sums->data[0] == 1 && sums->data[1] == 3 && sums->data[2] == 4 &&
+        sums->data[3] == 12);
   ov_releaseIntegralImage(sums);
 
   ov_matrix* shift = ov_matrixCreateTranslateMatrix(2.0f, 3.0f);
