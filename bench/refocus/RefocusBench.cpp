@@ -59,7 +59,15 @@ void BM_OpenCV_SameSteps(benchmark::State& state) {
   state.SetBytesProcessed(int64_t(state.iterations()) * w * h * 2);
 }
 
-BENCHMARK(BM_RFModule_PreProcess)->Args({6000, 4000})->Args({4000, 3000})->Args({1920, 1080})->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_OpenCV_SameSteps)->Args({6000, 4000})->Args({4000, 3000})->Args({1920, 1080})->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RFModule_PreProcess)
+    ->Args({6000, 4000})
+    ->Args({4000, 3000})
+    ->Args({1920, 1080})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_OpenCV_SameSteps)
+    ->Args({6000, 4000})
+    ->Args({4000, 3000})
+    ->Args({1920, 1080})
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -381,9 +381,9 @@ OV_CAPI int cornerScore16(const unsigned char* ptr, const int pixel[25]);
    Returns the number of corners written; FAST16_FULL when the array filled up
    (the scan stops there); FAST16_REFUSED, writing nothing, for a null image
    or output, width or height below 7, stride below width, capacity below 1,
-   a threshold outside 0..255, an image whose height x stride bytes do not fit
-   an int or an output array larger than the address space; FAST16_NO_MEMORY when the row buffers cannot be
-   allocated. */
+   a threshold outside 0..255, an image whose height x stride bytes do not
+   fit an int or an output array larger than the address space;
+   FAST16_NO_MEMORY when the row buffers cannot be allocated. */
 OV_CAPI int fast16(const unsigned char* image, int width, int height, int stride, int threshold,
                    int nonmaxSuppression, Fast16Corner* corners, int capacity);
 
